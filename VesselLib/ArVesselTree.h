@@ -1,0 +1,25 @@
+#ifndef ArVesselTree_h
+#define ArVesselTree_h
+
+#include "LinkedTree.h"
+#include "Vessel.h"
+
+/** A vessel tree: a LinkedTree of shared vessels, itself held through a counted handle. */
+using VesselTree = Tree<ar<Vessel>>;
+using LinkedVesselTree = LinkedTree<ar<Vessel>>;
+using VesselNode = LinkedNode<ar<Vessel>>;
+using ArVesselTree = ar<Tree<ar<Vessel>>>;
+
+/** Deep copy of a vessel tree: same shape, new Vessel objects with the same content. Null for a null handle or a
+ *  tree that is not a LinkedTree. */
+ArVesselTree
+cloneVesselTree(const ArVesselTree & tree);
+
+/** The LinkedTree behind a handle, or null. */
+inline LinkedVesselTree *
+asLinkedVesselTree(const ArVesselTree & tree)
+{
+  return dynamic_cast<LinkedVesselTree *>(tree.get());
+}
+
+#endif

@@ -1,0 +1,35 @@
+# Build helpers shared by every library, application and test of the project.
+
+# Warnings for the project's own code only; third-party headers come in as system includes.
+add_library(lumo_warnings INTERFACE)
+target_compile_options(lumo_warnings INTERFACE -Wall -Wextra)
+
+# Every test executable built with SANITIZE is collected here, so that the sanitizer build
+# compiles exactly those (cmake --build <dir> --target lumo_sanitize_tests).
+add_custom_target(lumo_sanitize_tests)
+
+# lumo_add_gtest(<name> SOURCES <files...> LIBRARIES <libs...> [SANITIZE] [LABELS <labels...>] [DISPLAY])
+# Adds a GoogleTest executable and registers its cases with CTest. In a sanitizer build only the
+# tests marked SANITIZE are added. DISPLAY tests need an X server and run inside the Xvfb fixture.
+function(lumo_add_gtest name)
+  cmake_parse_arguments(ARG "SANITIZE;DISPLAY" "" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+  if(NOT LUMO_BUILD_TESTING)
+    return()
+  endif()
+  if(LUMO_SANITIZE AND NOT ARG_SANITIZE)
+    return()
+  endif()
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} GTest::gtest GTest::gtest_main lumo_warnings)
+  target_compile_definitions(${name} PRIVATE LUMO_TEST_DATA_DIR="${PROJECT_SOURCE_DIR}/Testing/Data")
+  set(labels ${ARG_LABELS})
+  if(ARG_SANITIZE)
+    list(APPEND labels sanitize)
+    add_dependencies(lumo_sanitize_tests ${name})
+  endif()
+  set(props LABELS "${labels}")
+  if(ARG_DISPLAY)
+    list(APPEND props FIXTURES_REQUIRED xvfb)
+  endif()
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES ${props})
+endfunction()
