@@ -269,9 +269,8 @@ LinkedNode<T>::write(std::ostream & os, int depth) const
     indent(os, d);
     os << node->m_data;
     os.put(' ');
-    bool anyChild = std::any_of(node->m_children.begin(), node->m_children.end(), [](const LinkedNode * c) {
-      return c != nullptr;
-    });
+    bool anyChild =
+      std::any_of(node->m_children.begin(), node->m_children.end(), [](const LinkedNode * c) { return c != nullptr; });
     if (!anyChild)
     {
       os.put('-');

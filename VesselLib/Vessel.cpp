@@ -31,9 +31,8 @@ cloneVesselTree(const ArVesselTree & tree)
   {
     return ArVesselTree();
   }
-  auto copy = linked->copy([](const ar<Vessel> & vessel) {
-    return vessel.isNull() ? ar<Vessel>() : ar<Vessel>(new Vessel(*vessel));
-  });
+  auto copy = linked->copy(
+    [](const ar<Vessel> & vessel) { return vessel.isNull() ? ar<Vessel>() : ar<Vessel>(new Vessel(*vessel)); });
   return ArVesselTree(copy.release());
 }
 

@@ -5,19 +5,24 @@
 
 namespace
 {
-const std::array<const char *, 5> bloodVesselTypeNames = { "Undefined", "Hepatic vein", "Portal vein", "Artery",
+const std::array<const char *, 5> bloodVesselTypeNames = { "Undefined",
+                                                           "Hepatic vein",
+                                                           "Portal vein",
+                                                           "Artery",
                                                            "Bile duct" };
 
 // Index = segment value - 1.
-const std::array<const char *, 27> segmentTypeNames = {
-  "S_Undefined", "S_I",    "S_II",   "S_III",  "S_IVa",  "S_IVb",  "S_V",    "S_VI",   "S_VII",
-  "S_VIII",      "S_All",  "HS_LSV", "HS_LS",  "HS_LI",  "HS_SML", "HS_SMM", "HS_MLI", "HS_MRI",
-  "HS_MRS",      "HS_RSV", "HS_RRI", "HS_RLI", "HS_PCS", "HS_PCI", "HS_MLS", "HS_RRS", "HS_RLS"
-};
+const std::array<const char *, 27> segmentTypeNames = { "S_Undefined", "S_I",    "S_II",   "S_III",  "S_IVa",  "S_IVb",
+                                                        "S_V",         "S_VI",   "S_VII",  "S_VIII", "S_All",  "HS_LSV",
+                                                        "HS_LS",       "HS_LI",  "HS_SML", "HS_SMM", "HS_MLI", "HS_MRI",
+                                                        "HS_MRS",      "HS_RSV", "HS_RRI", "HS_RLI", "HS_PCS", "HS_PCI",
+                                                        "HS_MLS",      "HS_RRS", "HS_RLS" };
 
 // Index = status value - 1.
-const std::array<const char *, 4> resectionStatusNames = { "Undefined resection status", "Not to be resected",
-                                                           "To be resected", "Area at risk" };
+const std::array<const char *, 4> resectionStatusNames = { "Undefined resection status",
+                                                           "Not to be resected",
+                                                           "To be resected",
+                                                           "Area at risk" };
 
 bool
 parseInteger(const std::string & text, std::int32_t & value)

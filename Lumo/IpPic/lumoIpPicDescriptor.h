@@ -28,7 +28,7 @@ constexpr std::uint32_t lumoIpPicMaxDim = 8;
 /** A named value attached to a descriptor (spacing, origin, free text...). */
 struct lumoIpPicTag
 {
-  std::string name;                 // at most 32 characters
+  std::string name; // at most 32 characters
   lumoIpPicType type{ lumoIpPicUnknown };
   std::uint32_t bpe{ 0 };           // bits per element of the value
   std::vector<unsigned char> value; // raw little-endian elements
@@ -40,12 +40,12 @@ constexpr const char * lumoIpPicTagOrigin = "ORIGIN";
 
 struct lumoIpPicDescriptor
 {
-  void * data{ nullptr };                  // voxel buffer, x fastest; owned, freed by lumoIpPicFree
-  lumoIpPicType type{ lumoIpPicUnknown };  // element kind
-  std::uint32_t bpe{ 0 };                  // bits per element
-  std::uint32_t dim{ 0 };                  // number of dimensions, 0..lumoIpPicMaxDim
-  std::uint32_t n[lumoIpPicMaxDim]{};      // size along each dimension
-  std::vector<lumoIpPicTag> tags;          // named values, in insertion order
+  void * data{ nullptr };                 // voxel buffer, x fastest; owned, freed by lumoIpPicFree
+  lumoIpPicType type{ lumoIpPicUnknown }; // element kind
+  std::uint32_t bpe{ 0 };                 // bits per element
+  std::uint32_t dim{ 0 };                 // number of dimensions, 0..lumoIpPicMaxDim
+  std::uint32_t n[lumoIpPicMaxDim]{};     // size along each dimension
+  std::vector<lumoIpPicTag> tags;         // named values, in insertion order
 };
 
 /** A new descriptor with no data, type unknown and no dimensions. */

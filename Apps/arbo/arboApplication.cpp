@@ -1,0 +1,84 @@
+#include "arboApplication.h"
+
+#include "arboCommands.h"
+#include "arboError.h"
+
+#include <CLI/CLI.hpp>
+
+#include <ostream>
+
+#ifndef LUMOARBO_VERSION
+#define LUMOARBO_VERSION "unknown"
+#endif
+
+namespace arbo
+{
+namespace
+{
+const char * const footer = R"(Examples:
+  arbo info portal.ves                 summary of a vessel tree
+  arbo info portal.ves --json          the same for scripts
+  arbo convert old.ves new.ves         rewrite a tree in the canonical text form
+
+Exit status: 0 success, 1 bad input or failed work (one line on stderr: "arbo: <file>: <what is wrong>"),
+2 bad usage. Run "arbo <command> --help" for the options of a command.)";
+}
+
+int
+runApplication(int argc, const char * const * argv, std::ostream & out, std::ostream & err)
+{
+  CLI::App app("LumoArbo: vessel trees, vascular territories and their volumes for liver surgery planning.", "arbo");
+  app.footer(footer);
+  app.set_version_flag("--version", std::string("arbo ") + LUMOARBO_VERSION);
+  app.require_subcommand(1);
+  app.fallthrough();
+
+  Context context{ out, err };
+  app.add_flag("-q,--quiet", context.quiet, "Print no notes or progress on stderr (errors are still reported)");
+
+  addInfoCommand(app, context);
+  addConvertCommand(app, context);
+
+  try
+  {
+    app.parse(argc, argv);
+  }
+  catch (const CLI::CallForHelp &)
+  {
+    out << app.help();
+    return 0;
+  }
+  catch (const CLI::CallForAllHelp &)
+  {
+    out << app.help("", CLI::AppFormatMode::All);
+    return 0;
+  }
+  catch (const CLI::CallForVersion &)
+  {
+    out << app.version() << "\n";
+    return 0;
+  }
+  catch (const CLI::ParseError & e)
+  {
+    err << "arbo: " << e.what() << "\n";
+    err << "Run \"arbo --help\" for usage.\n";
+    return 2;
+  }
+  catch (const Error & e)
+  {
+    err << "arbo: " << e.file() << ": " << e.what() << "\n";
+    return 1;
+  }
+  catch (const std::bad_alloc &)
+  {
+    err << "arbo: out of memory\n";
+    return 1;
+  }
+  catch (const std::exception & e)
+  {
+    err << "arbo: " << e.what() << "\n";
+    return 1;
+  }
+  return 0;
+}
+} // namespace arbo

@@ -1,0 +1,21 @@
+#ifndef arboAtomicFile_h
+#define arboAtomicFile_h
+
+#include <functional>
+#include <string>
+
+namespace arbo
+{
+/** Writes a file so that the target is either left as it was or replaced whole: the content goes to a temporary
+ *  file beside the target (same folder, same file name ending, so that writers that choose the format by the
+ *  ending still do), which is renamed over the target only when writing succeeded. The writer gets the temporary
+ *  path and throws on failure; the temporary file is removed whatever happens. */
+void
+writeAtomically(const std::string & target, const std::function<void(const std::string & temporaryPath)> & writer);
+
+/** The lower-case file name ending that selects a format: ".ves", ".nii.gz", ".pic.gz", ".nrrd"... */
+std::string
+formatExtension(const std::string & path);
+} // namespace arbo
+
+#endif
