@@ -4,6 +4,8 @@
 #include "lumoFileWriterWithInformation.h"
 #include "lumoImage.h"
 
+#include <itkImageFileReaderException.h>
+
 #include <string>
 
 namespace lumo

@@ -90,6 +90,7 @@ Material::ApplyTo(vtkProperty * property) const
   {
     return;
   }
+  // SetColor sets ambient, diffuse and specular colour; the specular colour is then set on its own.
   property->SetColor(m_Color[0], m_Color[1], m_Color[2]);
   property->SetDiffuse(m_ColorCoefficient);
   property->SetSpecularColor(m_SpecularColor[0], m_SpecularColor[1], m_SpecularColor[2]);
@@ -119,7 +120,7 @@ Material::InitializeFrom(vtkProperty * property)
   Material::Pointer values = Material::New();
   values->m_Name = m_Name;
   double rgb[3];
-  property->GetColor(rgb);
+  property->GetDiffuseColor(rgb);
   values->m_Color = MakeColor(rgb[0], rgb[1], rgb[2]);
   values->m_ColorCoefficient = property->GetDiffuse();
   property->GetSpecularColor(rgb);

@@ -5,6 +5,7 @@
 
 #include <vtkCallbackCommand.h>
 #include <vtkCommand.h>
+#include <vtkExecutive.h>
 #include <vtkOBJReader.h>
 #include <vtkPolyData.h>
 #include <vtkPolyDataReader.h>
@@ -15,8 +16,11 @@
 #include <vtkTriangleFilter.h>
 #include <vtkXMLPolyDataReader.h>
 #include <vtkXMLPolyDataWriter.h>
+#include <vtkXMLReader.h>
 
 #include <filesystem>
+#include <utility>
+#include <vector>
 
 namespace lumo
 {
@@ -172,23 +176,34 @@ Surface::PrintSelf(std::ostream & os, itk::Indent indent) const
 
 namespace
 {
-/** Collects VTK error messages of one algorithm instead of letting them go to VTK's output window. */
+/** Collects the VTK error messages of an algorithm (and of its executive and, for XML readers, of its internal
+ *  parser) instead of letting them go to VTK's output window. */
 class VtkErrorCatcher
 {
 public:
-  explicit VtkErrorCatcher(vtkObject * object)
-    : m_Object(object)
+  explicit VtkErrorCatcher(vtkAlgorithm * algorithm)
   {
     m_Callback->SetClientData(this);
     m_Callback->SetCallback(&VtkErrorCatcher::OnEvent);
-    m_Tags[0] = object->AddObserver(vtkCommand::ErrorEvent, m_Callback);
-    m_Tags[1] = object->AddObserver(vtkCommand::WarningEvent, m_Callback);
+    this->Observe(algorithm);
+    this->Observe(algorithm->GetExecutive());
+    if (auto * xmlReader = vtkXMLReader::SafeDownCast(algorithm))
+    {
+      xmlReader->SetParserErrorObserver(m_Callback);
+      xmlReader->SetReaderErrorObserver(m_Callback);
+    }
   }
   ~VtkErrorCatcher()
   {
-    m_Object->RemoveObserver(m_Tags[0]);
-    m_Object->RemoveObserver(m_Tags[1]);
+    for (const auto & observed : m_Observed)
+    {
+      observed.first->RemoveObserver(observed.second);
+    }
   }
+  VtkErrorCatcher(const VtkErrorCatcher &) = delete;
+  VtkErrorCatcher &
+  operator=(const VtkErrorCatcher &) = delete;
+
   bool
   HasError() const
   {
@@ -201,6 +216,16 @@ public:
   }
 
 private:
+  void
+  Observe(vtkObject * object)
+  {
+    if (object)
+    {
+      m_Observed.emplace_back(object, object->AddObserver(vtkCommand::ErrorEvent, m_Callback));
+      m_Observed.emplace_back(object, object->AddObserver(vtkCommand::WarningEvent, m_Callback));
+    }
+  }
+
   static void
   OnEvent(vtkObject *, unsigned long event, void * clientData, void * callData)
   {
@@ -219,11 +244,10 @@ private:
     }
   }
 
-  vtkObject *                               m_Object;
-  vtkSmartPointer<vtkCallbackCommand>       m_Callback = vtkSmartPointer<vtkCallbackCommand>::New();
-  unsigned long                             m_Tags[2]{ 0, 0 };
-  bool                                      m_Error{ false };
-  std::string                               m_Message;
+  vtkSmartPointer<vtkCallbackCommand>                    m_Callback = vtkSmartPointer<vtkCallbackCommand>::New();
+  std::vector<std::pair<vtkObject *, unsigned long>>     m_Observed;
+  bool                                                   m_Error{ false };
+  std::string                                            m_Message;
 };
 
 [[noreturn]] void
