@@ -1,0 +1,63 @@
+#ifndef lumoColorProperty_h
+#define lumoColorProperty_h
+
+#include "lumoGenericProperty.h"
+
+namespace lumo
+{
+/** An RGB colour with float components in [0, 1] (the range is the caller's to respect: values are stored as
+ *  given); default white. GetValueAsString: "[r, g, b]", for instance "[1, 0.5, 0]". */
+class ColorProperty : public GenericProperty<Color>
+{
+public:
+  lumoClassMacro(ColorProperty, GenericProperty<Color>);
+  itkFactorylessNewMacro(Self);
+  lumoNewMacro1Param(ColorProperty, const Color &);
+  lumoNewMacro3Param(ColorProperty, float, float, float);
+  /** From the first three elements of the array. */
+  lumoNewMacro1Param(ColorProperty, const float *);
+
+  const Color &
+  GetColor() const
+  {
+    return this->GetValue();
+  }
+  void
+  SetColor(const Color & color)
+  {
+    this->SetValue(color);
+  }
+  void
+  SetColor(float red, float green, float blue)
+  {
+    Color color;
+    color.Set(red, green, blue);
+    this->SetValue(color);
+  }
+
+protected:
+  ColorProperty()
+    : Superclass(MakeColor(1.0f, 1.0f, 1.0f))
+  {}
+  explicit ColorProperty(const Color & color)
+    : Superclass(color)
+  {}
+  ColorProperty(float red, float green, float blue)
+    : Superclass(MakeColor(red, green, blue))
+  {}
+  explicit ColorProperty(const float * rgb)
+    : Superclass(MakeColor(rgb[0], rgb[1], rgb[2]))
+  {}
+  ~ColorProperty() override = default;
+
+  static Color
+  MakeColor(float red, float green, float blue)
+  {
+    Color color;
+    color.Set(red, green, blue);
+    return color;
+  }
+};
+} // namespace lumo
+
+#endif

@@ -1,0 +1,233 @@
+// The data node factory and the base data serializer.
+
+#include "lumoBaseDataSerializer.h"
+#include "lumoDataNodeFactory.h"
+#include "lumoFileNames.h"
+#include "lumoIOAdapter.h"
+#include "lumoImageIO.h"
+#include "lumoLogger.h"
+#include "lumoPointSetIO.h"
+#include "lumoSurfaceIO.h"
+#include "lumoUIDGenerator.h"
+
+#include <itkObjectFactoryBase.h>
+
+#include <filesystem>
+#include <list>
+
+namespace lumo
+{
+namespace
+{
+std::vector<IOAdapterBase::Pointer>
+RegisteredIOAdapters()
+{
+  std::vector<IOAdapterBase::Pointer> adapters;
+  std::list<itk::LightObject::Pointer> instances = itk::ObjectFactoryBase::CreateAllInstance("lumoIOAdapter");
+  for (const itk::LightObject::Pointer & instance : instances)
+  {
+    auto * adapter = dynamic_cast<IOAdapterBase *>(instance.GetPointer());
+    if (adapter)
+    {
+      adapters.emplace_back(adapter);
+    }
+  }
+  return adapters;
+}
+} // namespace
+
+// ---------------------------------------------------------------------------------------------------------------
+// DataNodeFactory
+
+DataNodeFactory::DataNodeFactory()
+{
+  this->SetNumberOfRequiredInputs(0);
+  this->SetNthOutput(0, this->MakeOutput(0));
+}
+
+DataNodeFactory::~DataNodeFactory() = default;
+
+itk::DataObject::Pointer
+DataNodeFactory::MakeOutput(DataObjectPointerArraySizeType)
+{
+  return DataNode::New().GetPointer();
+}
+
+DataNode *
+DataNodeFactory::GetOutput()
+{
+  return this->GetNumberOfIndexedOutputs() > 0 ? dynamic_cast<DataNode *>(this->GetPrimaryOutput()) : nullptr;
+}
+
+DataNode *
+DataNodeFactory::GetOutput(DataObjectPointerArraySizeType index)
+{
+  return index < this->GetNumberOfIndexedOutputs() ? dynamic_cast<DataNode *>(this->itk::ProcessObject::GetOutput(index))
+                                                   : nullptr;
+}
+
+void
+DataNodeFactory::Update()
+{
+  // After a read that produced no node there is no output to drive the pipeline: make one.
+  if (this->GetNumberOfIndexedOutputs() == 0)
+  {
+    this->SetNthOutput(0, this->MakeOutput(0));
+  }
+  Superclass::Update();
+}
+
+bool
+DataNodeFactory::CanReadFile(const std::string & fileName, const std::string & filePrefix,
+                             const std::string & filePattern)
+{
+  for (const IOAdapterBase::Pointer & adapter : RegisteredIOAdapters())
+  {
+    if (adapter->CanReadFile(fileName, filePrefix, filePattern))
+    {
+      return true;
+    }
+  }
+  return CanReadImageFile(fileName) || CanReadSurfaceFile(fileName) || CanReadPointSetFile(fileName);
+}
+
+void
+DataNodeFactory::GenerateData()
+{
+  const std::string & fileName = m_FileName;
+  if (fileName.empty() && m_FilePrefix.empty() && m_FilePattern.empty())
+  {
+    throw itk::ExceptionObject(__FILE__, __LINE__, "DataNodeFactory: no file name given",
+                               "lumo::DataNodeFactory::GenerateData");
+  }
+  std::error_code error;
+  if (m_FilePrefix.empty() && m_FilePattern.empty() && !std::filesystem::exists(fileName, error))
+  {
+    throw itk::ExceptionObject(__FILE__, __LINE__, "DataNodeFactory: the file '" + fileName + "' does not exist",
+                               "lumo::DataNodeFactory::GenerateData");
+  }
+
+  std::vector<BaseData::Pointer> data;
+  bool                           read = false;
+  for (const IOAdapterBase::Pointer & adapter : RegisteredIOAdapters())
+  {
+    if (!adapter->CanReadFile(fileName, m_FilePrefix, m_FilePattern))
+    {
+      continue;
+    }
+    BaseProcess::Pointer reader = adapter->CreateIOProcessObject(fileName, m_FilePrefix, m_FilePattern);
+    if (reader.IsNull())
+    {
+      continue;
+    }
+    reader->Update();
+    for (DataObjectPointerArraySizeType i = 0; i < reader->GetNumberOfIndexedOutputs(); ++i)
+    {
+      BaseData * output = reader->GetOutputData(i);
+      if (output)
+      {
+        data.emplace_back(output);
+      }
+    }
+    read = true;
+    break;
+  }
+  if (!read)
+  {
+    if (CanReadImageFile(fileName))
+    {
+      data.emplace_back(lumo::ReadImageFile(fileName).GetPointer());
+    }
+    else if (CanReadSurfaceFile(fileName))
+    {
+      data.emplace_back(lumo::ReadSurfaceFile(fileName).GetPointer());
+    }
+    else if (CanReadPointSetFile(fileName))
+    {
+      data.emplace_back(lumo::ReadPointSetFile(fileName).GetPointer());
+    }
+    else
+    {
+      throw itk::ExceptionObject(__FILE__, __LINE__, "DataNodeFactory: no reader for the file '" + fileName + "'",
+                                 "lumo::DataNodeFactory::GenerateData");
+    }
+  }
+  this->SetOutputData(data);
+}
+
+void
+DataNodeFactory::SetOutputData(const std::vector<BaseData::Pointer> & data)
+{
+  const std::string name = GetFileNameWithoutExtension(m_FileName);
+  const std::string path = GetDirectoryOfPath(m_FileName);
+  this->SetNumberOfIndexedOutputs(data.size());
+  for (std::size_t i = 0; i < data.size(); ++i)
+  {
+    // New nodes every time: nodes handed out by an earlier run keep their data.
+    DataNode::Pointer node = DataNode::New();
+    node->SetName(name);
+    node->SetStringProperty("path", path);
+    node->SetData(data[i]);
+    this->SetNthOutput(i, node);
+  }
+}
+
+// ---------------------------------------------------------------------------------------------------------------
+// BaseDataSerializer
+
+BaseDataSerializer::BaseDataSerializer() = default;
+
+BaseDataSerializer::~BaseDataSerializer() = default;
+
+std::string
+BaseDataSerializer::Serialize()
+{
+  LUMO_ERROR << this->GetNameOfClass() << " cannot serialize the object at " << static_cast<const void *>(m_Data.GetPointer())
+             << ": no serializer for " << (m_Data ? m_Data->GetNameOfClass() : "a null object");
+  return std::string();
+}
+
+std::string
+BaseDataSerializer::GetUniqueFilenameInWorkingDirectory()
+{
+  UIDGenerator generator("", 10);
+  for (;;)
+  {
+    const std::string stem = generator.GetUID();
+    bool              taken = false;
+    std::error_code   error;
+    const std::filesystem::path directory = m_WorkingDirectory.empty() ? std::filesystem::path(".") : std::filesystem::path(m_WorkingDirectory);
+    for (std::filesystem::directory_iterator it(directory, error), end; !error && it != end; it.increment(error))
+    {
+      if (it->path().filename().string().compare(0, stem.size(), stem) == 0)
+      {
+        taken = true;
+        break;
+      }
+    }
+    if (!taken)
+    {
+      return stem;
+    }
+  }
+}
+
+BaseDataSerializer::Pointer
+BaseDataSerializer::CreateForData(const BaseData * data)
+{
+  if (!data)
+  {
+    return nullptr;
+  }
+  const std::string className = std::string(data->GetNameOfClass()) + "Serializer";
+  for (const itk::LightObject::Pointer & instance : itk::ObjectFactoryBase::CreateAllInstance(className.c_str()))
+  {
+    auto * serializer = dynamic_cast<BaseDataSerializer *>(instance.GetPointer());
+    if (serializer)
+    {
+      return serializer;
+    }
+  }
+  return nullptr;
+}
+} // namespace lumo

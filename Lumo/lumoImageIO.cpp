@@ -1,0 +1,193 @@
+// Image reading and writing through ITK's image IO.
+//
+// This translation unit includes itkImageFileReader.h and itkImageFileWriter.h with the IO factory registration
+// that ITK_USE_FILE set up for this directory (ITK_IO_FACTORY_REGISTER_MANAGER): linking it in registers ITK's
+// ImageIO factories of the modules that Lumo/CMakeLists.txt asks for.
+
+#include "lumoFileNames.h"
+#include "lumoImageAccess.h"
+#include "lumoImageIO.h"
+
+#include <itkImageFileReader.h>
+#include <itkImageFileWriter.h>
+#include <itkImageIOFactory.h>
+
+#include <filesystem>
+
+namespace lumo
+{
+namespace
+{
+[[noreturn]] void
+ThrowRead(const std::string & fileName, const std::string & what, unsigned int line)
+{
+  const std::string message = "Could not read image '" + fileName + "': " + what;
+  throw itk::ImageFileReaderException(__FILE__, line, message.c_str(), "lumo::ReadImageFile");
+}
+
+[[noreturn]] void
+ThrowWrite(const std::string & fileName, const std::string & what, unsigned int line)
+{
+  const std::string message = "Could not write image '" + fileName + "': " + what;
+  throw itk::ImageFileWriterException(__FILE__, line, message.c_str(), "lumo::WriteImageFile");
+}
+} // namespace
+
+bool
+CanReadImageFile(const std::string & fileName)
+{
+  if (fileName.empty())
+  {
+    return false;
+  }
+  itk::ImageIOBase::Pointer io = itk::ImageIOFactory::CreateImageIO(fileName.c_str(), itk::IOFileModeEnum::ReadMode);
+  return io.IsNotNull();
+}
+
+Image::Pointer
+ReadImageFile(const std::string & fileName)
+{
+  std::error_code error;
+  if (fileName.empty() || !std::filesystem::is_regular_file(fileName, error))
+  {
+    ThrowRead(fileName, "the file does not exist", __LINE__);
+  }
+  itk::ImageIOBase::Pointer io = itk::ImageIOFactory::CreateImageIO(fileName.c_str(), itk::IOFileModeEnum::ReadMode);
+  if (io.IsNull())
+  {
+    ThrowRead(fileName, "no ITK ImageIO can read this file", __LINE__);
+  }
+  io->SetFileName(fileName);
+  io->ReadImageInformation();
+  const unsigned int dimensions = io->GetNumberOfDimensions();
+  if (dimensions < 2 || dimensions > 3)
+  {
+    ThrowRead(fileName,
+              "only 2-D and 3-D images are supported (the file has " + std::to_string(dimensions) + " dimensions)",
+              __LINE__);
+  }
+  if (io->GetNumberOfComponents() != 1)
+  {
+    ThrowRead(fileName,
+              "only scalar images are supported (the file has " + std::to_string(io->GetNumberOfComponents()) +
+                " components per pixel)",
+              __LINE__);
+  }
+  const itk::IOComponentEnum componentType = Image::NormalizePixelType(io->GetComponentType());
+  Image::Pointer             image;
+  const bool                 supported = DispatchPixelType(componentType, [&](auto * tag) {
+    using T = std::remove_pointer_t<decltype(tag)>;
+    using ReaderType = itk::ImageFileReader<itk::Image<T, 3>>;
+    typename ReaderType::Pointer reader = ReaderType::New();
+    reader->SetImageIO(io);
+    reader->SetFileName(fileName);
+    reader->Update();
+    typename itk::Image<T, 3>::Pointer itkImage = reader->GetOutput();
+    itkImage->DisconnectPipeline();
+    image = ImportItkImage<T>(itkImage, dimensions);
+  });
+  if (!supported)
+  {
+    ThrowRead(fileName,
+              std::string("pixel type ") + itk::ImageIOBase::GetComponentTypeAsString(io->GetComponentType()) +
+                " is not supported",
+              __LINE__);
+  }
+  return image;
+}
+
+bool
+CanWriteImageFile(const std::string & fileName)
+{
+  if (fileName.empty())
+  {
+    return false;
+  }
+  itk::ImageIOBase::Pointer io =
+    itk::ImageIOFactory::CreateImageIO(fileName.c_str(), itk::IOFileModeEnum::WriteMode);
+  return io.IsNotNull();
+}
+
+void
+WriteImageFile(const Image * image, const std::string & fileName, bool useCompression)
+{
+  if (!image || !image->IsInitialized())
+  {
+    ThrowWrite(fileName, "the image is null or not initialized", __LINE__);
+  }
+  if (!CanWriteImageFile(fileName))
+  {
+    ThrowWrite(fileName, "no ITK ImageIO writes files of this name", __LINE__);
+  }
+  AccessByItk(image, [&](auto * itkImage) {
+    using ItkImageType = std::remove_pointer_t<decltype(itkImage)>;
+    using WriterType = itk::ImageFileWriter<ItkImageType>;
+    typename WriterType::Pointer writer = WriterType::New();
+    writer->SetInput(itkImage);
+    writer->SetFileName(fileName);
+    writer->SetUseCompression(useCompression);
+    writer->Update();
+  });
+}
+
+// ---------------------------------------------------------------------------------------------------------------
+// ImageWriter
+
+void
+ImageWriter::SetInput(Image * image)
+{
+  this->SetInputData(image);
+}
+
+Image *
+ImageWriter::GetInput()
+{
+  return dynamic_cast<Image *>(this->GetInputData());
+}
+
+std::string
+ImageWriter::GetDefaultFilename() const
+{
+  return "Image.nrrd";
+}
+
+std::string
+ImageWriter::GetFileDialogPattern() const
+{
+  return "Image (*.nrrd *.nii *.nii.gz *.mhd *.mha)";
+}
+
+std::string
+ImageWriter::GetDefaultExtension() const
+{
+  return ".nrrd";
+}
+
+std::vector<std::string>
+ImageWriter::GetPossibleFileExtensions() const
+{
+  return { ".nrrd", ".nii", ".nii.gz", ".mhd", ".mha" };
+}
+
+bool
+ImageWriter::CanWriteBaseDataType(const BaseData * data) const
+{
+  return dynamic_cast<const Image *>(data) != nullptr;
+}
+
+void
+ImageWriter::DoWrite(BaseData * data)
+{
+  if (this->CanWriteBaseDataType(data))
+  {
+    this->SetInputData(data);
+    this->Write();
+  }
+}
+
+void
+ImageWriter::GenerateData()
+{
+  lumo::WriteImageFile(this->GetInput(), m_FileName, m_UseCompression);
+}
+} // namespace lumo

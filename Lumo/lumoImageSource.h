@@ -1,0 +1,41 @@
+#ifndef lumoImageSource_h
+#define lumoImageSource_h
+
+#include "lumoBaseProcess.h"
+#include "lumoImage.h"
+
+namespace lumo
+{
+/** A process object whose output 0 is a lumo::Image (base of image readers and image filters). The constructor
+ *  makes output 0; MakeOutput makes a new lumo::Image for any index. */
+class ImageSource : public BaseProcess
+{
+public:
+  lumoClassMacro(ImageSource, BaseProcess);
+  itkFactorylessNewMacro(Self);
+
+  using Superclass::MakeOutput;
+  itk::DataObject::Pointer
+  MakeOutput(DataObjectPointerArraySizeType index) override;
+
+  Image *
+  GetOutput();
+  Image *
+  GetOutput(DataObjectPointerArraySizeType index);
+
+  /** Shares the voxels and geometry of the given image with output 0 (a mini-pipeline hands its result over). */
+  virtual void
+  GraftOutput(Image * graft);
+  virtual void
+  GraftNthOutput(DataObjectPointerArraySizeType index, Image * graft);
+
+protected:
+  ImageSource();
+  ~ImageSource() override = default;
+  /** The default does nothing. */
+  void
+  GenerateData() override;
+};
+} // namespace lumo
+
+#endif

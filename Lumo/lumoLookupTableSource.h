@@ -1,0 +1,34 @@
+#ifndef lumoLookupTableSource_h
+#define lumoLookupTableSource_h
+
+#include "lumoBaseProcess.h"
+#include "lumoLookupTable.h"
+
+namespace lumo
+{
+/** A process object whose output 0 is a lumo::LookupTable (base of filters that compute colour tables). The
+ *  default GenerateData does nothing. */
+class LookupTableSource : public BaseProcess
+{
+public:
+  lumoClassMacro(LookupTableSource, BaseProcess);
+  itkFactorylessNewMacro(Self);
+
+  using Superclass::MakeOutput;
+  itk::DataObject::Pointer
+  MakeOutput(DataObjectPointerArraySizeType index) override;
+
+  LookupTable *
+  GetOutput();
+  LookupTable *
+  GetOutput(DataObjectPointerArraySizeType index);
+
+protected:
+  LookupTableSource();
+  ~LookupTableSource() override = default;
+  void
+  GenerateData() override;
+};
+} // namespace lumo
+
+#endif

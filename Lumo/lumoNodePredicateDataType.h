@@ -1,0 +1,55 @@
+#ifndef lumoNodePredicateDataType_h
+#define lumoNodePredicateDataType_h
+
+#include "lumoDataNode.h"
+#include "lumoNodePredicateBase.h"
+
+#include <string>
+
+namespace lumo
+{
+/** True when the node has data whose GetNameOfClass() is exactly the given name ("Image", "Surface",
+ *  "VesselTreeData"...; subclasses have names of their own and do not match). */
+class NodePredicateDataType : public NodePredicateBase
+{
+public:
+  lumoClassMacro(NodePredicateDataType, NodePredicateBase);
+  lumoNewMacro1Param(NodePredicateDataType, const std::string &);
+
+  bool
+  CheckNode(const DataNode * node) const override;
+
+  const std::string &
+  GetValidDataType() const
+  {
+    return m_ValidDataType;
+  }
+
+protected:
+  explicit NodePredicateDataType(const std::string & dataTypeName);
+  ~NodePredicateDataType() override = default;
+
+  std::string m_ValidDataType;
+};
+
+/** True when the node has data of class T or of a subclass of T (dynamic_cast). */
+template <typename T>
+class TNodePredicateDataType : public NodePredicateBase
+{
+public:
+  lumoClassMacro(TNodePredicateDataType, NodePredicateBase);
+  itkFactorylessNewMacro(Self);
+
+  bool
+  CheckNode(const DataNode * node) const override
+  {
+    return node && dynamic_cast<const T *>(node->GetData()) != nullptr;
+  }
+
+protected:
+  TNodePredicateDataType() = default;
+  ~TNodePredicateDataType() override = default;
+};
+} // namespace lumo
+
+#endif
