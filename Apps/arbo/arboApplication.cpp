@@ -18,7 +18,11 @@ namespace
 const char * const footer = R"(Examples:
   arbo info portal.ves                 summary of a vessel tree
   arbo info portal.ves --json          the same for scripts
+  arbo info liver.nii.gz               size, spacing, origin and value range of an image
   arbo convert old.ves new.ves         rewrite a tree in the canonical text form
+  arbo convert portal.ves portal.vtp   centre lines for ParaView and other VTK tools
+  arbo convert liver.nii.gz liver.nrrd convert an image, keeping its geometry
+  arbo label portal.ves -o plan.ves --vessel 6 --select subtree --status resect
 
 Exit status: 0 success, 1 bad input or failed work (one line on stderr: "arbo: <file>: <what is wrong>"),
 2 bad usage. Run "arbo <command> --help" for the options of a command.)";
@@ -38,6 +42,7 @@ runApplication(int argc, const char * const * argv, std::ostream & out, std::ost
 
   addInfoCommand(app, context);
   addConvertCommand(app, context);
+  addLabelCommand(app, context);
 
   try
   {

@@ -24,6 +24,8 @@ void
 addInfoCommand(CLI::App & app, Context & context);
 void
 addConvertCommand(CLI::App & app, Context & context);
+void
+addLabelCommand(CLI::App & app, Context & context);
 } // namespace arbo
 
 #endif

@@ -1,8 +1,7 @@
 #include "arboCommands.h"
 
-#include "arboAtomicFile.h"
 #include "arboError.h"
-#include "arboVesselTreeFile.h"
+#include "arboFiles.h"
 
 #include <CLI/CLI.hpp>
 
@@ -17,34 +16,27 @@ struct ConvertOptions
   std::string input;
   std::string output;
 };
-
-void
-requireExtension(const std::string & path, const char * role)
-{
-  const std::string extension = formatExtension(path);
-  if (extension != ".ves")
-  {
-    throw Error(path, std::string("unsupported ") + role + " type '" + extension + "' (supported: .ves)");
-  }
-}
 } // namespace
 
 void
 addConvertCommand(CLI::App & app, Context & context)
 {
   auto options = std::make_shared<ConvertOptions>();
-  CLI::App * command =
-    app.add_subcommand("convert", "Read a file and write it again, in the format of the output name");
-  command->footer("The output is written to a temporary file beside it and renamed into place only when complete: "
+  CLI::App * command = app.add_subcommand("convert", "Read a file and write it again, in the format of the output name");
+  command->footer("Vessel trees: .ves (canonical text) or .vtp (centre lines as VTK poly data with the arrays "
+                  "radius and vesselIds, and per line vesselId, bloodVesselType, segment, resectionStatus).\n"
+                  "Images: between .nrrd, .nii, .nii.gz, .mhd, .mha, .pic and .pic.gz, keeping voxels, spacing, origin "
+                  "and direction.\n"
+                  "The output is written to a temporary file beside it and renamed into place only when complete: "
                   "an unreadable input never creates or damages the output.\n"
-                  "Example: arbo convert old.ves canonical.ves");
+                  "Examples: arbo convert old.ves canonical.ves\n"
+                  "          arbo convert portal.ves portal.vtp\n"
+                  "          arbo convert liver.nii.gz liver.nrrd");
   command->add_option("input", options->input, "The file to read")->required();
   command->add_option("output", options->output, "The file to write; its ending chooses the format")->required();
   command->callback([options, &context] {
-    requireExtension(options->input, "input");
-    requireExtension(options->output, "output");
-    const ArVesselTree tree = readVesselTreeFile(options->input);
-    writeVesselTreeFile(options->output, tree);
+    lumo::BaseData::Pointer data = readData(options->input);
+    writeData(data, options->output);
     if (!context.quiet)
     {
       context.err << "arbo: wrote " << options->output << "\n";

@@ -1,14 +1,19 @@
 #include "arboCommands.h"
 
-#include "arboAtomicFile.h"
 #include "arboError.h"
-#include "arboVesselTreeFile.h"
+#include "arboFiles.h"
+
+#include "lumoImage.h"
+#include "lumoPointSet.h"
+#include "lumoSurface.h"
 
 #include "VesselLabels.h"
 #include "VesselTreeStatistics.h"
 
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
+
+#include <vtkPolyData.h>
 
 #include <iomanip>
 #include <ostream>
@@ -18,18 +23,19 @@ namespace arbo
 {
 namespace
 {
+using Json = nlohmann::ordered_json;
+using NameFunction = std::string (*)(std::int32_t);
+
 struct InfoOptions
 {
   std::string file;
   bool json{ false };
 };
 
-using NameFunction = std::string (*)(std::int32_t);
-
-nlohmann::ordered_json
+Json
 countsAsJson(const std::map<std::int32_t, std::size_t> & counts, NameFunction name)
 {
-  nlohmann::ordered_json result = nlohmann::ordered_json::array();
+  Json result = Json::array();
   for (const auto & [value, count] : counts)
   {
     result.push_back({ { "value", value }, { "name", name(value) }, { "vessels", count } });
@@ -52,14 +58,28 @@ printCounts(std::ostream & out,
   }
 }
 
-void
-describeVesselTree(const InfoOptions & options, Context & context)
+/** Numbers as a person reads them: up to six significant digits. */
+std::string
+number(double value)
 {
-  const ArVesselTree tree = readVesselTreeFile(options.file);
-  const VesselTreeStatistics statistics(tree);
+  std::ostringstream os;
+  os << std::setprecision(6) << value;
+  return os.str();
+}
+
+std::string
+triple(double a, double b, double c, const char * separator)
+{
+  return number(a) + separator + number(b) + separator + number(c);
+}
+
+void
+describeVesselTree(const lumo::VesselTreeData & data, const InfoOptions & options, Context & context)
+{
+  const VesselTreeStatistics statistics(data.GetVesselTreeData(0));
   if (options.json)
   {
-    nlohmann::ordered_json json;
+    Json json;
     json["file"] = options.file;
     json["kind"] = "vessel tree";
     json["vessels"] = statistics.numberOfVessels();
@@ -79,11 +99,134 @@ describeVesselTree(const InfoOptions & options, Context & context)
   out << "  points:               " << statistics.numberOfPoints() << "\n";
   out << "  depth:                " << statistics.depth() << "\n";
   out << "  bifurcations:         " << statistics.numberOfBifurcations() << "\n";
-  out << "  centre-line length:   " << std::fixed << std::setprecision(1) << statistics.totalLength() << " mm\n";
-  out.unsetf(std::ios_base::floatfield);
+  std::ostringstream length;
+  length << std::fixed << std::setprecision(1) << statistics.totalLength();
+  out << "  centre-line length:   " << length.str() << " mm\n";
   printCounts(out, "blood vessel types", statistics.bloodVesselTypeCounts(), &VesselLabels::bloodVesselTypeName);
   printCounts(out, "segments", statistics.segmentCounts(), &VesselLabels::segmentTypeName);
   printCounts(out, "resection status", statistics.resectionStatusCounts(), &VesselLabels::resectionStatusName);
+}
+
+void
+describeImage(const lumo::Image & image, const InfoOptions & options, Context & context)
+{
+  const unsigned int dimension = image.GetDimension();
+  const lumo::Vector3D spacing = image.GetSpacing();
+  const lumo::Point3D origin = image.GetOrigin();
+  const auto direction = image.GetDirection();
+  double minimum = 0.0;
+  double maximum = 0.0;
+  image.GetScalarRange(minimum, maximum);
+  bool identity = true;
+  for (unsigned int r = 0; r < 3; ++r)
+  {
+    for (unsigned int c = 0; c < 3; ++c)
+    {
+      identity = identity && direction[r][c] == (r == c ? 1.0 : 0.0);
+    }
+  }
+  double voxelVolume = spacing[0] * spacing[1] * (dimension == 3 ? spacing[2] : 1.0);
+  if (options.json)
+  {
+    Json json;
+    json["file"] = options.file;
+    json["kind"] = "image";
+    json["dimension"] = dimension;
+    Json size = Json::array();
+    Json spacingJson = Json::array();
+    Json originJson = Json::array();
+    for (unsigned int i = 0; i < dimension; ++i)
+    {
+      size.push_back(image.GetDimension(i));
+      spacingJson.push_back(spacing[i]);
+      originJson.push_back(origin[i]);
+    }
+    json["size"] = size;
+    json["spacingMillimetres"] = spacingJson;
+    json["originMillimetres"] = originJson;
+    Json rows = Json::array();
+    for (unsigned int r = 0; r < 3; ++r)
+    {
+      rows.push_back({ direction[r][0], direction[r][1], direction[r][2] });
+    }
+    json["direction"] = rows;
+    json["pixelType"] = image.GetPixelTypeAsString();
+    json["minimum"] = minimum;
+    json["maximum"] = maximum;
+    json["voxels"] = image.GetNumberOfVoxels();
+    context.out << json.dump(2) << "\n";
+    return;
+  }
+  std::ostream & out = context.out;
+  out << options.file << ": image (" << dimension << "-D)\n";
+  if (dimension == 3)
+  {
+    out << "  size:          " << image.GetDimension(0) << " x " << image.GetDimension(1) << " x "
+        << image.GetDimension(2) << " voxels\n";
+    out << "  spacing:       " << triple(spacing[0], spacing[1], spacing[2], " x ") << " mm\n";
+    out << "  origin:        (" << triple(origin[0], origin[1], origin[2], ", ") << ") mm\n";
+  }
+  else
+  {
+    out << "  size:          " << image.GetDimension(0) << " x " << image.GetDimension(1) << " pixels\n";
+    out << "  spacing:       " << number(spacing[0]) << " x " << number(spacing[1]) << " mm\n";
+    out << "  origin:        (" << number(origin[0]) << ", " << number(origin[1]) << ") mm\n";
+  }
+  if (identity)
+  {
+    out << "  direction:     identity\n";
+  }
+  else
+  {
+    for (unsigned int r = 0; r < 3; ++r)
+    {
+      out << (r == 0 ? "  direction:     " : "                 ") << "["
+          << triple(direction[r][0], direction[r][1], direction[r][2], ", ") << "]\n";
+    }
+  }
+  out << "  pixel type:    " << image.GetPixelTypeAsString() << "\n";
+  out << "  value range:   " << number(minimum) << " .. " << number(maximum) << "\n";
+  out << "  voxels:        " << image.GetNumberOfVoxels() << " (" << number(voxelVolume) << " "
+      << (dimension == 3 ? "mm3" : "mm2") << " each)\n";
+}
+
+void
+describeOther(const lumo::BaseData & data, const InfoOptions & options, Context & context)
+{
+  std::size_t points = 0;
+  std::size_t cells = 0;
+  if (const auto * surface = dynamic_cast<const lumo::Surface *>(&data))
+  {
+    if (vtkPolyData * polyData = surface->GetVtkPolyData(0))
+    {
+      points = static_cast<std::size_t>(polyData->GetNumberOfPoints());
+      cells = static_cast<std::size_t>(polyData->GetNumberOfCells());
+    }
+  }
+  else if (const auto * pointSet = dynamic_cast<const lumo::PointSet *>(&data))
+  {
+    points = pointSet->GetSize(0);
+  }
+  const std::string kind = kindOf(&data);
+  if (options.json)
+  {
+    Json json;
+    json["file"] = options.file;
+    json["kind"] = kind;
+    json["points"] = points;
+    if (kind == "surface")
+    {
+      json["cells"] = cells;
+    }
+    context.out << json.dump(2) << "\n";
+    return;
+  }
+  context.out << options.file << ": " << kind << "\n";
+  context.out << "  points:        " << points << "\n";
+  if (kind == "surface")
+  {
+    context.out << "  cells:         " << cells << "\n";
+  }
 }
 } // namespace
 
@@ -91,19 +234,29 @@ void
 addInfoCommand(CLI::App & app, Context & context)
 {
   auto options = std::make_shared<InfoOptions>();
-  CLI::App * command = app.add_subcommand("info", "Describe a file: a vessel tree (.ves)");
-  command->footer("For a vessel tree: numbers of vessels and points, depth, bifurcations, total centre-line length, "
-                  "and how many vessels carry each blood vessel type, segment and resection status.\n"
-                  "Example: arbo info portal.ves --json");
+  CLI::App * command = app.add_subcommand("info", "Describe a file: vessel tree, image, surface or point set");
+  command->footer("A vessel tree (.ves): numbers of vessels and points, depth, bifurcations, total centre-line "
+                  "length, and how many vessels carry each blood vessel type, segment and resection status.\n"
+                  "An image (.nrrd, .nii, .nii.gz, .mhd, .mha, .pic, .pic.gz): size, spacing, origin, direction, "
+                  "pixel type and value range.\n"
+                  "Examples: arbo info portal.ves --json\n"
+                  "          arbo info liver.nii.gz");
   command->add_option("file", options->file, "The file to describe")->required();
   command->add_flag("--json", options->json, "Print the description as JSON");
   command->callback([options, &context] {
-    const std::string extension = formatExtension(options->file);
-    if (extension != ".ves")
+    lumo::BaseData::Pointer data = readData(options->file);
+    if (auto * tree = dynamic_cast<lumo::VesselTreeData *>(data.GetPointer()))
     {
-      throw Error(options->file, "unsupported file type '" + extension + "' (supported: .ves)");
+      describeVesselTree(*tree, *options, context);
     }
-    describeVesselTree(*options, context);
+    else if (auto * image = dynamic_cast<lumo::Image *>(data.GetPointer()))
+    {
+      describeImage(*image, *options, context);
+    }
+    else
+    {
+      describeOther(*data, *options, context);
+    }
   });
 }
 } // namespace arbo

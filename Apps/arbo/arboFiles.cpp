@@ -1,0 +1,205 @@
+#include "arboFiles.h"
+
+#include "arboAtomicFile.h"
+#include "arboError.h"
+
+#include "lumoDataNodeFactory.h"
+#include "lumoImageIO.h"
+#include "lumoPointSet.h"
+#include "lumoSurfaceIO.h"
+#include "lumoVesselTreeFileIOFactory.h"
+#include "lumoVesselTreeFileWriter.h"
+#include "lumoVesselTreePolyDataWriter.h"
+
+#include <itkImageFileReader.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <mutex>
+
+namespace arbo
+{
+namespace
+{
+const char * const readableTypes =
+  ".ves, .nrrd, .nhdr, .nii, .nii.gz, .mhd, .mha, .pic, .pic.gz, .vtp, .vtk, .stl, .obj, .mps";
+
+/** ITK's descriptions of exceptions thrown with its macro carry "ITK ERROR: Class(address): " before the text. */
+std::string
+plainDescription(const itk::ExceptionObject & e)
+{
+  std::string text = e.GetDescription();
+  const auto marker = text.find("): ");
+  if (text.rfind("ITK ERROR: ", 0) == 0 && marker != std::string::npos)
+  {
+    text = text.substr(marker + 3);
+  }
+  while (!text.empty() && (text.back() == '\n' || text.back() == ' '))
+  {
+    text.pop_back();
+  }
+  return text;
+}
+
+void
+requireReadableFile(const std::string & path)
+{
+  std::error_code ec;
+  if (std::filesystem::is_directory(path, ec))
+  {
+    throw Error(path, "is a folder, not a file");
+  }
+  std::ifstream probe(path);
+  if (!probe)
+  {
+    throw Error(path, std::string("cannot be opened (") + std::strerror(errno) + ")");
+  }
+}
+} // namespace
+
+void
+registerFileTypes()
+{
+  static std::once_flag once;
+  std::call_once(once, [] { lumo::VesselTreeFileIOFactory::RegisterOneFactory(); });
+}
+
+std::string
+kindOf(const lumo::BaseData * data)
+{
+  if (dynamic_cast<const lumo::VesselTreeData *>(data) != nullptr)
+  {
+    return "vessel tree";
+  }
+  if (dynamic_cast<const lumo::Image *>(data) != nullptr)
+  {
+    return "image";
+  }
+  if (dynamic_cast<const lumo::Surface *>(data) != nullptr)
+  {
+    return "surface";
+  }
+  if (dynamic_cast<const lumo::PointSet *>(data) != nullptr)
+  {
+    return "point set";
+  }
+  return "data";
+}
+
+lumo::BaseData::Pointer
+readData(const std::string & path)
+{
+  registerFileTypes();
+  requireReadableFile(path);
+  if (!lumo::DataNodeFactory::CanReadFile(path))
+  {
+    throw Error(path, "unsupported file type '" + formatExtension(path) + "' (readable: " + readableTypes + ")");
+  }
+  auto factory = lumo::DataNodeFactory::New();
+  factory->SetFileName(path);
+  try
+  {
+    factory->Update();
+  }
+  catch (const itk::ExceptionObject & e)
+  {
+    if (formatExtension(path) == ".ves")
+    {
+      throw Error(path, "is not a valid vessel tree file (malformed or truncated text)");
+    }
+    throw Error(path, plainDescription(e));
+  }
+  lumo::DataNode * node = factory->GetOutput();
+  if (node == nullptr || node->GetData() == nullptr)
+  {
+    throw Error(path, "holds no data");
+  }
+  return node->GetData();
+}
+
+lumo::VesselTreeData::Pointer
+readVesselTree(const std::string & path)
+{
+  lumo::BaseData::Pointer data = readData(path);
+  auto * tree = dynamic_cast<lumo::VesselTreeData *>(data.GetPointer());
+  if (tree == nullptr)
+  {
+    throw Error(path, "holds " + kindOf(data) + ", not a vessel tree");
+  }
+  return tree;
+}
+
+void
+writeData(lumo::BaseData * data, const std::string & path)
+{
+  registerFileTypes();
+  const std::string extension = formatExtension(path);
+  std::function<void(const std::string &)> write;
+  if (auto * tree = dynamic_cast<lumo::VesselTreeData *>(data))
+  {
+    if (extension == ".ves")
+    {
+      write = [tree](const std::string & file) {
+        auto writer = lumo::VesselTreeFileWriter::New();
+        writer->SetInputVesselTree(tree);
+        writer->SetFileName(file.c_str());
+        writer->Update();
+      };
+    }
+    else if (extension == ".vtp")
+    {
+      write = [tree](const std::string & file) {
+        auto writer = lumo::VesselTreePolyDataWriter::New();
+        writer->SetInputData(tree);
+        writer->SetFileName(file.c_str());
+        writer->Update();
+      };
+    }
+  }
+  else if (auto * image = dynamic_cast<lumo::Image *>(data))
+  {
+    if (lumo::CanWriteImageFile(path))
+    {
+      write = [image](const std::string & file) { lumo::WriteImageFile(image, file, true); };
+    }
+  }
+  else if (auto * surface = dynamic_cast<lumo::Surface *>(data))
+  {
+    if (lumo::CanWriteSurfaceFile(path))
+    {
+      write = [surface](const std::string & file) { lumo::WriteSurfaceFile(surface, file); };
+    }
+  }
+  if (!write)
+  {
+    const std::string kind = kindOf(data);
+    std::string supported = "none";
+    if (kind == "vessel tree")
+    {
+      supported = ".ves, .vtp";
+    }
+    else if (kind == "image")
+    {
+      supported = ".nrrd, .nii, .nii.gz, .mhd, .mha, .pic, .pic.gz";
+    }
+    else if (kind == "surface")
+    {
+      supported = ".vtp, .vtk, .stl";
+    }
+    throw Error(path, "cannot write " + std::string(kind == "image" ? "an " : "a ") + kind + " as '" + extension +
+                        "' (supported: " + supported + ")");
+  }
+  writeAtomically(path, [&](const std::string & temporary) {
+    try
+    {
+      write(temporary);
+    }
+    catch (const itk::ExceptionObject & e)
+    {
+      throw Error(path, "cannot be written (" + plainDescription(e) + ")");
+    }
+  });
+}
+} // namespace arbo
