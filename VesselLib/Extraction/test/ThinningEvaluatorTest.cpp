@@ -15,7 +15,6 @@
 #include <random>
 #include <vector>
 
-
 namespace
 {
 using Neighbourhood = std::array<unsigned char, 26>;
@@ -157,8 +156,7 @@ class NeighbourhoodSource
 public:
   explicit NeighbourhoodSource(std::uint32_t seed)
     : m_generator(seed)
-  {
-  }
+  {}
   Neighbourhood
   next()
   {
@@ -403,9 +401,9 @@ TEST(SelleBorderTypeEvaluatorTest, FaceNeighbourAndSidePlaneDecide)
 {
   const SelleBorderTypeEvaluator evaluator;
   using Test = bool (SelleBorderTypeEvaluator::*)(const unsigned char *) const;
-  const Test tests[6] = { &SelleBorderTypeEvaluator::isBorderZPlus,  &SelleBorderTypeEvaluator::isBorderZMinus,
-                          &SelleBorderTypeEvaluator::isBorderXPlus,  &SelleBorderTypeEvaluator::isBorderXMinus,
-                          &SelleBorderTypeEvaluator::isBorderYPlus,  &SelleBorderTypeEvaluator::isBorderYMinus };
+  const Test tests[6] = { &SelleBorderTypeEvaluator::isBorderZPlus, &SelleBorderTypeEvaluator::isBorderZMinus,
+                          &SelleBorderTypeEvaluator::isBorderXPlus, &SelleBorderTypeEvaluator::isBorderXMinus,
+                          &SelleBorderTypeEvaluator::isBorderYPlus, &SelleBorderTypeEvaluator::isBorderYMinus };
   const int directions[6][3] = { { 0, 0, 1 }, { 0, 0, -1 }, { 1, 0, 0 }, { -1, 0, 0 }, { 0, 1, 0 }, { 0, -1, 0 } };
   for (int d = 0; d < 6; ++d)
   {

@@ -219,9 +219,17 @@ TEST(VolumeAccessorTest, AxisOrderCodeAndMinimumVoxelSize)
     int code;
     float minimum;
   };
-  const Case cases[] = { { 1, 1, 1, 0, 1 },   { 2, 1, 1, 3, 1 },       { 1, 2, 1, 1, 1 },     { 1, 2, 3, 0, 1 },
-                         { 1, 3, 2, 1, 1 },   { 2, 1, 3, 2, 1 },       { 3, 1, 2, 3, 1 },     { 2, 3, 1, 4, 1 },
-                         { 3, 2, 1, 5, 1 },   { 0.5f, 0.5f, 2, 0, 0.5f }, { 0.7f, 0.6f, 0.6f, 3, 0.6f } };
+  const Case cases[] = { { 1, 1, 1, 0, 1 },
+                         { 2, 1, 1, 3, 1 },
+                         { 1, 2, 1, 1, 1 },
+                         { 1, 2, 3, 0, 1 },
+                         { 1, 3, 2, 1, 1 },
+                         { 2, 1, 3, 2, 1 },
+                         { 3, 1, 2, 3, 1 },
+                         { 2, 3, 1, 4, 1 },
+                         { 3, 2, 1, 5, 1 },
+                         { 0.5f, 0.5f, 2, 0, 0.5f },
+                         { 0.7f, 0.6f, 0.6f, 3, 0.6f } };
   for (const Case & c : cases)
   {
     accessor.setVoxelSize(c.x, c.y, c.z);
