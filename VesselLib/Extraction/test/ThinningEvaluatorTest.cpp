@@ -400,10 +400,23 @@ TEST(PackedNeighbourhoodTest, ConnectivityOfSmallShapes)
 TEST(SelleBorderTypeEvaluatorTest, FaceNeighbourAndSidePlaneDecide)
 {
   const SelleBorderTypeEvaluator evaluator;
-  using Test = bool (SelleBorderTypeEvaluator::*)(const unsigned char *) const;
-  const Test tests[6] = { &SelleBorderTypeEvaluator::isBorderZPlus, &SelleBorderTypeEvaluator::isBorderZMinus,
-                          &SelleBorderTypeEvaluator::isBorderXPlus, &SelleBorderTypeEvaluator::isBorderXMinus,
-                          &SelleBorderTypeEvaluator::isBorderYPlus, &SelleBorderTypeEvaluator::isBorderYMinus };
+  auto isBorder = [&evaluator](int direction, const Neighbourhood & n) {
+    switch (direction)
+    {
+      case 0:
+        return evaluator.isBorderZPlus(n.data());
+      case 1:
+        return evaluator.isBorderZMinus(n.data());
+      case 2:
+        return evaluator.isBorderXPlus(n.data());
+      case 3:
+        return evaluator.isBorderXMinus(n.data());
+      case 4:
+        return evaluator.isBorderYPlus(n.data());
+      default:
+        return evaluator.isBorderYMinus(n.data());
+    }
+  };
   const int directions[6][3] = { { 0, 0, 1 }, { 0, 0, -1 }, { 1, 0, 0 }, { -1, 0, 0 }, { 0, 1, 0 }, { 0, -1, 0 } };
   for (int d = 0; d < 6; ++d)
   {
@@ -425,18 +438,18 @@ TEST(SelleBorderTypeEvaluatorTest, FaceNeighbourAndSidePlaneDecide)
     // Everything else set: still a border in d while the side plane is empty.
     for (int i = 0; i < 26; ++i)
       n[i] = std::find(plane.begin(), plane.end(), i) == plane.end() ? 1 : 0;
-    EXPECT_TRUE((evaluator.*tests[d])(n.data())) << d;
+    EXPECT_TRUE(isBorder(d, n)) << d;
     const int sideVoxel = plane[0] == face ? plane[1] : plane[0];
     n[sideVoxel] = 3; // one foreground voxel in the side plane, an interior label
-    EXPECT_TRUE((evaluator.*tests[d])(n.data())) << d;
+    EXPECT_TRUE(isBorder(d, n)) << d;
     n[plane[8] == face ? plane[7] : plane[8]] = 1; // two
-    EXPECT_FALSE((evaluator.*tests[d])(n.data())) << d;
+    EXPECT_FALSE(isBorder(d, n)) << d;
     // A set face neighbour makes it no border whatever the side plane holds.
     Neighbourhood faceOnly{};
     faceOnly[face] = 1;
-    EXPECT_FALSE((evaluator.*tests[d])(faceOnly.data())) << d;
+    EXPECT_FALSE(isBorder(d, faceOnly)) << d;
     Neighbourhood empty{};
-    EXPECT_TRUE((evaluator.*tests[d])(empty.data())) << d;
+    EXPECT_TRUE(isBorder(d, empty)) << d;
   }
 }
 
