@@ -15,6 +15,7 @@ OrderedBorderVoxelListProcessor::OrderedBorderVoxelListProcessor(VolumeAccessor<
   , m_buckets(bucketCount)
   , m_ordering(ordering)
   , m_offsets{}
+  , m_rowStarts{}
 {}
 
 OrderedBorderVoxelListProcessor::~OrderedBorderVoxelListProcessor()
@@ -62,6 +63,23 @@ OrderedBorderVoxelListProcessor::readPacked(const DistancePoint3D * point) const
     packed |= static_cast<std::uint32_t>(centre[m_offsets[i]] != 0) << i;
   }
   return packed;
+}
+
+void
+OrderedBorderVoxelListProcessor::prefetchNeighbourhood(const DistancePoint3D * point) const
+{
+  const std::size_t index = m_binaryVolume->linearIndex(point->getX(), point->getY(), point->getZ());
+  const std::size_t elements =
+    static_cast<std::size_t>(m_binaryVolume->getSizeX()) * m_binaryVolume->getSizeY() * m_binaryVolume->getSizeZ();
+  const unsigned char * data = m_binaryVolume->getData();
+  for (std::ptrdiff_t start : m_rowStarts)
+  {
+    const std::size_t row = index + static_cast<std::size_t>(start); // wraps harmlessly at the volume's faces
+    if (row < elements)
+    {
+      __builtin_prefetch(data + row);
+    }
+  }
 }
 
 bool
@@ -126,6 +144,10 @@ OrderedBorderVoxelListProcessor::processList(const DistancePoint3DList & list)
       const int * offset = NeighbourhoodOrder::offsets26[i];
       m_offsets[i] = offset[0] + offset[1] * sizeX + offset[2] * planeSize;
     }
+    for (int row = 0; row < 9; ++row)
+    {
+      m_rowStarts[row] = -1 + (row % 3 - 1) * sizeX + (row / 3 - 1) * planeSize;
+    }
   }
 
   m_removedVoxels = 0;
@@ -135,8 +157,19 @@ OrderedBorderVoxelListProcessor::processList(const DistancePoint3DList & list)
   {
     int lowest = bucketCount;
     int highest = -1;
-    for (DistancePoint3D * point : work)
+    // Prefetching a few voxels ahead hides the memory latency of the scattered neighbourhoods.
+    constexpr std::size_t ahead = 8;
+    for (std::size_t i = 0; i < work.size(); ++i)
     {
+      DistancePoint3D * point = work[i];
+      if (packed && i + ahead < work.size())
+      {
+        prefetchNeighbourhood(work[i + ahead]);
+        if (i + 2 * ahead < work.size())
+        {
+          __builtin_prefetch(work[i + 2 * ahead]);
+        }
+      }
       int bucket = 0;
       if (classify(point, packed, bucket))
       {
@@ -155,8 +188,13 @@ OrderedBorderVoxelListProcessor::processList(const DistancePoint3DList & list)
     {
       DistancePoint3DList & bucket = m_buckets[b];
       std::size_t kept = 0;
-      for (DistancePoint3D * point : bucket)
+      for (std::size_t i = 0; i < bucket.size(); ++i)
       {
+        DistancePoint3D * point = bucket[i];
+        if (packed && i + ahead < bucket.size())
+        {
+          prefetchNeighbourhood(bucket[i + ahead]);
+        }
         // Earlier deletions of this pass may have changed the neighbourhood since the voxel was bucketed.
         if (isSimpleNow(point, packed))
         {

@@ -56,6 +56,9 @@ private:
   /** The packed neighbourhood straight from the voxel buffer (through the accessor at the volume's faces). */
   std::uint32_t
   readPacked(const DistancePoint3D * point) const;
+  /** Asks the memory system for the voxel's neighbourhood rows ahead of their use (a hint, no effect on results). */
+  void
+  prefetchNeighbourhood(const DistancePoint3D * point) const;
   /** Whether the evaluators are the default classes, so that the packed tests give the same answers. */
   bool
   canUsePackedTests() const;
@@ -64,6 +67,7 @@ private:
   std::vector<DistancePoint3DList> m_buckets;
   bool m_ordering;
   std::ptrdiff_t m_offsets[26];
+  std::ptrdiff_t m_rowStarts[9];
 };
 
 #endif

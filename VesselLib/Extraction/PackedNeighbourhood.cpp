@@ -127,7 +127,7 @@ bool
 PackedNeighbourhood::isDeletable(std::uint32_t packed)
 {
   // Cheapest test first; the answer is the conjunction, so the order does not matter.
-  return __builtin_popcount(packed) > 1 && eulerChange(packed) == 0 && isConnected(packed);
+  return foregroundCount(packed) > 1 && eulerChange(packed) == 0 && isConnected(packed);
 }
 
 unsigned

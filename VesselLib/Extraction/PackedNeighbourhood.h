@@ -29,7 +29,10 @@ public:
   static int
   foregroundCount(std::uint32_t packed)
   {
-    return __builtin_popcount(packed);
+    // Bit arithmetic rather than __builtin_popcount, which is a library call on the baseline x86-64 target.
+    packed = packed - ((packed >> 1) & 0x55555555u);
+    packed = (packed & 0x33333333u) + ((packed >> 2) & 0x33333333u);
+    return static_cast<int>((((packed + (packed >> 4)) & 0x0F0F0F0Fu) * 0x01010101u) >> 24);
   }
 };
 

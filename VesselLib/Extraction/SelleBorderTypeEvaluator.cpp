@@ -1,5 +1,7 @@
 #include "SelleBorderTypeEvaluator.h"
 
+#include "PackedNeighbourhood.h"
+
 namespace
 {
 struct PackedSidePlanes
@@ -48,7 +50,7 @@ SelleBorderTypeEvaluator::isBorder(int direction, std::uint32_t packedNeighbourh
 {
   const PackedSidePlanes & planes = packedSidePlanes();
   return (packedNeighbourhood & planes.face[direction]) == 0 &&
-         __builtin_popcount(packedNeighbourhood & planes.plane[direction]) < 2;
+         PackedNeighbourhood::foregroundCount(packedNeighbourhood & planes.plane[direction]) < 2;
 }
 
 bool
