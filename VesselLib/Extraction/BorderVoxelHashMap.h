@@ -31,6 +31,12 @@ public:
   /** The point of the voxel, or null. */
   DistancePoint3D *
   find(unsigned short x, unsigned short y, unsigned short z) const;
+  /** A hint to the memory system that the voxel will be looked up or inserted soon; no effect on contents. */
+  void
+  prefetch(unsigned short x, unsigned short y, unsigned short z) const
+  {
+    __builtin_prefetch(&m_slots[slotOf(key(x, y, z))]);
+  }
   std::size_t
   size() const
   {

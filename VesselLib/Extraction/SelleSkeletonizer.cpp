@@ -21,6 +21,51 @@ constexpr int axesBySize[6][3] = { { 0, 1, 2 }, { 0, 2, 1 }, { 1, 0, 2 }, { 1, 2
 
 // The two entries of a 6-neighbourhood (z + 1, z - 1, x - 1, x + 1, y + 1, y - 1) on each axis.
 constexpr int faceEntries[3][2] = { { 2, 3 }, { 4, 5 }, { 0, 1 } };
+
+// A set of point addresses (open addressing), small enough for the cache when it holds one layer's survivors.
+class PointSet
+{
+public:
+  explicit PointSet(const DistancePoint3DList & points)
+  {
+    std::size_t capacity = 16;
+    while (capacity < 2 * points.size())
+    {
+      capacity *= 2;
+    }
+    m_slots.assign(capacity, nullptr);
+    for (const DistancePoint3D * point : points)
+    {
+      std::size_t slot = slotOf(point);
+      while (m_slots[slot] != nullptr && m_slots[slot] != point)
+      {
+        slot = (slot + 1) & (m_slots.size() - 1);
+      }
+      m_slots[slot] = point;
+    }
+  }
+  bool
+  contains(const DistancePoint3D * point) const
+  {
+    for (std::size_t slot = slotOf(point); m_slots[slot] != nullptr; slot = (slot + 1) & (m_slots.size() - 1))
+    {
+      if (m_slots[slot] == point)
+      {
+        return true;
+      }
+    }
+    return false;
+  }
+
+private:
+  std::size_t
+  slotOf(const DistancePoint3D * point) const
+  {
+    return static_cast<std::size_t>((reinterpret_cast<std::uintptr_t>(point) >> 4) * 0x9E3779B97F4A7C15ull) &
+           (m_slots.size() - 1);
+  }
+  std::vector<const DistancePoint3D *> m_slots;
+};
 } // namespace
 
 SelleSkeletonizer::SelleSkeletonizer(lumoIpPicDescriptor * pic, bool ordering, bool noDistanceVolume)
@@ -173,8 +218,16 @@ SelleSkeletonizer::initialize()
   const float voxelSize[3] = { volume.getVoxelSizeX(), volume.getVoxelSizeY(), volume.getVoxelSizeZ() };
   const int * axes = axesBySize[volume.getAxisOrder()];
   m_borderVoxels->reserve(border.size());
-  for (std::uint64_t key : border)
+  for (std::size_t i = 0; i < border.size(); ++i)
   {
+    if (i + 8 < border.size())
+    {
+      const std::uint64_t next = border[i + 8];
+      m_borderVoxels->prefetch(static_cast<unsigned short>(next >> 32),
+                               static_cast<unsigned short>((next >> 16) & 0xFFFFu),
+                               static_cast<unsigned short>(next & 0xFFFFu));
+    }
+    const std::uint64_t key = border[i];
     const auto x = static_cast<unsigned short>(key >> 32);
     const auto y = static_cast<unsigned short>((key >> 16) & 0xFFFFu);
     const auto z = static_cast<unsigned short>(key & 0xFFFFu);
@@ -239,6 +292,13 @@ SelleSkeletonizer::getNextNeighbour(unsigned short x, unsigned short y, unsigned
   float nearestSquared = 0.0f;
   if (m_previousBorderVoxels != nullptr)
   {
+    // The six lookups are independent: let their memory accesses overlap.
+    for (const int * step : growthOrder)
+    {
+      m_previousBorderVoxels->prefetch(static_cast<unsigned short>(x + step[0]),
+                                       static_cast<unsigned short>(y + step[1]),
+                                       static_cast<unsigned short>(z + step[2]));
+    }
     for (const int * step : growthOrder)
     {
       DistancePoint3D * candidate = m_previousBorderVoxels->find(static_cast<unsigned short>(x + step[0]),
@@ -275,8 +335,21 @@ SelleSkeletonizer::updateBorder()
   m_borderVoxels = new BorderVoxelHashMap;
   m_borderVoxels->reserve(m_previousBorderVoxels->size() + m_currentLayer.size());
 
-  for (DistancePoint3D * point : m_deferred)
+  // The loops below walk the border in its (spatially scattered) order; each looks a few voxels ahead and asks
+  // for the memory it will need, which changes nothing but the waiting.
+  constexpr std::size_t ahead = 8;
+  for (std::size_t i = 0; i < m_deferred.size(); ++i)
   {
+    DistancePoint3D * point = m_deferred[i];
+    if (i + 2 * ahead < m_deferred.size())
+    {
+      __builtin_prefetch(m_deferred[i + 2 * ahead]);
+    }
+    if (i + ahead < m_deferred.size())
+    {
+      const DistancePoint3D * next = m_deferred[i + ahead];
+      m_borderVoxels->prefetch(next->getX(), next->getY(), next->getZ());
+    }
     const DistancePoint3D * neighbour = getNextNeighbour(point->getX(), point->getY(), point->getZ());
     if (neighbour != nullptr)
     {
@@ -295,14 +368,48 @@ SelleSkeletonizer::updateBorder()
 
   if (m_resultList != nullptr)
   {
-    for (DistancePoint3D * point : *m_resultList)
+    const DistancePoint3DList & survivors = *m_resultList;
+    for (std::size_t i = 0; i < survivors.size(); ++i)
     {
-      m_borderVoxels->insert(point);
+      if (i + 2 * ahead < survivors.size())
+      {
+        __builtin_prefetch(survivors[i + 2 * ahead]);
+      }
+      if (i + ahead < survivors.size())
+      {
+        const DistancePoint3D * next = survivors[i + ahead];
+        m_borderVoxels->prefetch(next->getX(), next->getY(), next->getZ());
+      }
+      m_borderVoxels->insert(survivors[i]);
     }
   }
 
-  for (const DistancePoint3D * layerPoint : m_currentLayer)
+  const unsigned char * labels = m_binaryVolume->getData();
+  const std::size_t rowSize = m_binaryVolume->getSizeX();
+  const std::size_t planeSize = rowSize * m_binaryVolume->getSizeY();
+  const std::size_t elements = planeSize * m_binaryVolume->getSizeZ();
+  for (std::size_t i = 0; i < m_currentLayer.size(); ++i)
   {
+    const DistancePoint3D * layerPoint = m_currentLayer[i];
+    if (i + 2 * ahead < m_currentLayer.size())
+    {
+      __builtin_prefetch(m_currentLayer[i + 2 * ahead]);
+    }
+    if (labels != nullptr && i + ahead < m_currentLayer.size())
+    {
+      const DistancePoint3D * next = m_currentLayer[i + ahead];
+      const std::size_t centre = m_binaryVolume->linearIndex(next->getX(), next->getY(), next->getZ());
+      const std::size_t around[5] = {
+        centre - 1, centre - rowSize, centre + rowSize, centre - planeSize, centre + planeSize
+      };
+      for (std::size_t index : around)
+      {
+        if (index < elements) // wrapped indices at the volume's faces are simply skipped
+        {
+          __builtin_prefetch(labels + index);
+        }
+      }
+    }
     for (const int * step : growthOrder)
     {
       const auto x = static_cast<unsigned short>(layerPoint->getX() + step[0]);
@@ -312,6 +419,7 @@ SelleSkeletonizer::updateBorder()
       {
         continue;
       }
+      m_borderVoxels->prefetch(x, y, z);
       auto * point = new DistancePoint3D(x, y, z, 0.0f, 0.0f, 0.0f);
       const DistancePoint3D * neighbour = getNextNeighbour(x, y, z);
       if (neighbour != nullptr)
@@ -328,12 +436,28 @@ SelleSkeletonizer::updateBorder()
     }
   }
 
-  // The previous border owned every point; those not carried over are the voxels deleted in this layer.
-  for (DistancePoint3D * point : m_previousBorderVoxels->getPoints())
+  // The previous border owned every point; those not carried over are the voxels deleted in this layer. When the
+  // previous border is exactly the layer plus the deferred voxels (as splitLayer leaves it), those are the layer
+  // voxels missing from the result list; otherwise every point is looked up in the new border.
+  if (m_resultList != nullptr && m_previousBorderVoxels->size() == m_currentLayer.size() + m_deferred.size())
   {
-    if (m_borderVoxels->find(point->getX(), point->getY(), point->getZ()) != point)
+    const PointSet survivors(*m_resultList);
+    for (DistancePoint3D * point : m_currentLayer)
     {
-      delete point;
+      if (!survivors.contains(point))
+      {
+        delete point;
+      }
+    }
+  }
+  else
+  {
+    for (DistancePoint3D * point : m_previousBorderVoxels->getPoints())
+    {
+      if (m_borderVoxels->find(point->getX(), point->getY(), point->getZ()) != point)
+      {
+        delete point;
+      }
     }
   }
   m_previousBorderVoxels->releaseAll();
