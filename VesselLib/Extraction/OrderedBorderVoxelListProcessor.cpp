@@ -43,20 +43,15 @@ OrderedBorderVoxelListProcessor::canUsePackedTests() const
 }
 
 std::uint32_t
-OrderedBorderVoxelListProcessor::readPacked(const DistancePoint3D * point) const
+OrderedBorderVoxelListProcessor::readPacked(const Entry & entry) const
 {
-  const unsigned short x = point->getX();
-  const unsigned short y = point->getY();
-  const unsigned short z = point->getZ();
-  // Voxels on a face of the volume need the accessor's outside value; all others are read directly.
-  if (x == 0 || y == 0 || z == 0 || x + 1u >= m_binaryVolume->getSizeX() || y + 1u >= m_binaryVolume->getSizeY() ||
-      z + 1u >= m_binaryVolume->getSizeZ())
+  if (entry.onFace)
   {
     unsigned char neighbourhood[NeighbourhoodOrder::size26];
-    m_binaryVolume->read26Neighbourhood(x, y, z, neighbourhood);
+    m_binaryVolume->read26Neighbourhood(entry.x, entry.y, entry.z, neighbourhood);
     return PackedNeighbourhood::pack(neighbourhood);
   }
-  const unsigned char * centre = m_binaryVolume->getData() + m_binaryVolume->linearIndex(x, y, z);
+  const unsigned char * centre = m_binaryVolume->getData() + entry.index;
   std::uint32_t packed = 0;
   for (int i = 0; i < NeighbourhoodOrder::size26; ++i)
   {
@@ -66,40 +61,37 @@ OrderedBorderVoxelListProcessor::readPacked(const DistancePoint3D * point) const
 }
 
 void
-OrderedBorderVoxelListProcessor::prefetchNeighbourhood(const DistancePoint3D * point) const
+OrderedBorderVoxelListProcessor::prefetchNeighbourhood(const Entry & entry) const
 {
-  const std::size_t index = m_binaryVolume->linearIndex(point->getX(), point->getY(), point->getZ());
-  const std::size_t elements =
-    static_cast<std::size_t>(m_binaryVolume->getSizeX()) * m_binaryVolume->getSizeY() * m_binaryVolume->getSizeZ();
-  const unsigned char * data = m_binaryVolume->getData();
+  if (entry.onFace)
+  {
+    return;
+  }
+  const unsigned char * centre = m_binaryVolume->getData() + entry.index;
   for (std::ptrdiff_t start : m_rowStarts)
   {
-    const std::size_t row = index + static_cast<std::size_t>(start); // wraps harmlessly at the volume's faces
-    if (row < elements)
-    {
-      __builtin_prefetch(data + row);
-    }
+    __builtin_prefetch(centre + start);
   }
 }
 
 bool
-OrderedBorderVoxelListProcessor::isSimpleNow(const DistancePoint3D * point, bool packed) const
+OrderedBorderVoxelListProcessor::isSimpleNow(const Entry & entry, bool packed) const
 {
   if (packed)
   {
-    return PackedNeighbourhood::isDeletable(readPacked(point));
+    return PackedNeighbourhood::isDeletable(readPacked(entry));
   }
-  return isSimple(point);
+  return isSimple(entry.point);
 }
 
 bool
-OrderedBorderVoxelListProcessor::classify(const DistancePoint3D * point, bool packed, int & bucket) const
+OrderedBorderVoxelListProcessor::classify(const Entry & entry, bool packed, int & bucket) const
 {
   unsigned directions = 0;
   int n = 1;
   if (packed)
   {
-    const std::uint32_t neighbourhood = readPacked(point);
+    const std::uint32_t neighbourhood = readPacked(entry);
     if (!PackedNeighbourhood::isDeletable(neighbourhood))
     {
       return false;
@@ -110,7 +102,7 @@ OrderedBorderVoxelListProcessor::classify(const DistancePoint3D * point, bool pa
   else
   {
     unsigned char neighbourhood[NeighbourhoodOrder::size26];
-    m_binaryVolume->read26Neighbourhood(point->getX(), point->getY(), point->getZ(), neighbourhood);
+    m_binaryVolume->read26Neighbourhood(entry.x, entry.y, entry.z, neighbourhood);
     if (!m_simplePointEvaluator->isSimplePoint(neighbourhood))
     {
       return false;
@@ -135,75 +127,88 @@ DistancePoint3DList *
 OrderedBorderVoxelListProcessor::processList(const DistancePoint3DList & list)
 {
   const bool packed = canUsePackedTests();
+  const std::uint32_t sizeX = m_binaryVolume->getSizeX();
+  const std::uint32_t sizeY = m_binaryVolume->getSizeY();
+  const std::uint32_t sizeZ = m_binaryVolume->getSizeZ();
   if (packed)
   {
-    const std::ptrdiff_t sizeX = m_binaryVolume->getSizeX();
-    const std::ptrdiff_t planeSize = sizeX * static_cast<std::ptrdiff_t>(m_binaryVolume->getSizeY());
+    const std::ptrdiff_t planeSize = static_cast<std::ptrdiff_t>(sizeX) * sizeY;
     for (int i = 0; i < NeighbourhoodOrder::size26; ++i)
     {
       const int * offset = NeighbourhoodOrder::offsets26[i];
-      m_offsets[i] = offset[0] + offset[1] * sizeX + offset[2] * planeSize;
+      m_offsets[i] = offset[0] + offset[1] * static_cast<std::ptrdiff_t>(sizeX) + offset[2] * planeSize;
     }
     for (int row = 0; row < 9; ++row)
     {
-      m_rowStarts[row] = -1 + (row % 3 - 1) * sizeX + (row / 3 - 1) * planeSize;
+      m_rowStarts[row] = -1 + (row % 3 - 1) * static_cast<std::ptrdiff_t>(sizeX) + (row / 3 - 1) * planeSize;
     }
   }
 
+  // Prefetching a few voxels ahead hides the memory latency of the scattered points and neighbourhoods.
+  constexpr std::size_t ahead = 8;
+  std::vector<Entry> work;
+  work.reserve(list.size());
+  for (std::size_t i = 0; i < list.size(); ++i)
+  {
+    if (i + ahead < list.size())
+    {
+      __builtin_prefetch(list[i + ahead]);
+    }
+    DistancePoint3D * point = list[i];
+    const unsigned short x = point->getX();
+    const unsigned short y = point->getY();
+    const unsigned short z = point->getZ();
+    const bool onFace = !m_binaryVolume->isInside(x, y, z) || x == 0 || y == 0 || z == 0 || x + 1u >= sizeX ||
+                        y + 1u >= sizeY || z + 1u >= sizeZ;
+    work.push_back(Entry{ point, onFace ? 0 : m_binaryVolume->linearIndex(x, y, z), x, y, z, onFace });
+  }
+
   m_removedVoxels = 0;
-  DistancePoint3DList work(list);
-  DistancePoint3DList side;
+  std::vector<Entry> side;
   for (;;)
   {
     int lowest = bucketCount;
     int highest = -1;
-    // Prefetching a few voxels ahead hides the memory latency of the scattered neighbourhoods.
-    constexpr std::size_t ahead = 8;
     for (std::size_t i = 0; i < work.size(); ++i)
     {
-      DistancePoint3D * point = work[i];
       if (packed && i + ahead < work.size())
       {
         prefetchNeighbourhood(work[i + ahead]);
-        if (i + 2 * ahead < work.size())
-        {
-          __builtin_prefetch(work[i + 2 * ahead]);
-        }
       }
       int bucket = 0;
-      if (classify(point, packed, bucket))
+      if (classify(work[i], packed, bucket))
       {
-        m_buckets[bucket].push_back(point);
+        m_buckets[bucket].push_back(work[i]);
         lowest = bucket < lowest ? bucket : lowest;
         highest = bucket > highest ? bucket : highest;
       }
       else
       {
-        side.push_back(point);
+        side.push_back(work[i]);
       }
     }
 
     std::int32_t removedInPass = 0;
     for (int b = highest; b >= lowest; --b)
     {
-      DistancePoint3DList & bucket = m_buckets[b];
+      std::vector<Entry> & bucket = m_buckets[b];
       std::size_t kept = 0;
       for (std::size_t i = 0; i < bucket.size(); ++i)
       {
-        DistancePoint3D * point = bucket[i];
         if (packed && i + ahead < bucket.size())
         {
           prefetchNeighbourhood(bucket[i + ahead]);
         }
         // Earlier deletions of this pass may have changed the neighbourhood since the voxel was bucketed.
-        if (isSimpleNow(point, packed))
+        const Entry & entry = bucket[i];
+        if (isSimpleNow(entry, packed))
         {
-          m_binaryVolume->setVoxel(point->getX(), point->getY(), point->getZ(), 0);
+          m_binaryVolume->setVoxel(entry.x, entry.y, entry.z, 0);
           ++removedInPass;
         }
         else
         {
-          bucket[kept++] = point;
+          bucket[kept++] = entry;
         }
       }
       bucket.resize(kept);
@@ -225,5 +230,12 @@ OrderedBorderVoxelListProcessor::processList(const DistancePoint3DList & list)
       break;
     }
   }
-  return new DistancePoint3DList(std::move(work));
+
+  auto * survivors = new DistancePoint3DList;
+  survivors->reserve(work.size());
+  for (const Entry & entry : work)
+  {
+    survivors->push_back(entry.point);
+  }
+  return survivors;
 }

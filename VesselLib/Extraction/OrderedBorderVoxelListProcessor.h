@@ -48,23 +48,35 @@ public:
   }
 
 private:
+  /** A voxel of the list with its position, read once from its point: the passes revisit voxels many times and
+   *  the points lie scattered on the heap. */
+  struct Entry
+  {
+    DistancePoint3D * point;
+    std::size_t index; // into the voxel buffer
+    unsigned short x;
+    unsigned short y;
+    unsigned short z;
+    bool onFace; // on a face of the volume: neighbours must be read through the accessor
+  };
+
   /** Whether the voxel is simple now; if so, also its bucket. */
   bool
-  classify(const DistancePoint3D * point, bool packed, int & bucket) const;
+  classify(const Entry & entry, bool packed, int & bucket) const;
   bool
-  isSimpleNow(const DistancePoint3D * point, bool packed) const;
+  isSimpleNow(const Entry & entry, bool packed) const;
   /** The packed neighbourhood straight from the voxel buffer (through the accessor at the volume's faces). */
   std::uint32_t
-  readPacked(const DistancePoint3D * point) const;
+  readPacked(const Entry & entry) const;
   /** Asks the memory system for the voxel's neighbourhood rows ahead of their use (a hint, no effect on results). */
   void
-  prefetchNeighbourhood(const DistancePoint3D * point) const;
+  prefetchNeighbourhood(const Entry & entry) const;
   /** Whether the evaluators are the default classes, so that the packed tests give the same answers. */
   bool
   canUsePackedTests() const;
 
   BorderTypeEvaluator * m_borderTypeEvaluator;
-  std::vector<DistancePoint3DList> m_buckets;
+  std::vector<std::vector<Entry>> m_buckets;
   bool m_ordering;
   std::ptrdiff_t m_offsets[26];
   std::ptrdiff_t m_rowStarts[9];
