@@ -80,6 +80,7 @@ SelleSkeletonizer::~SelleSkeletonizer()
   delete m_resultList;
   delete m_previousBorderVoxels;
   delete m_borderVoxels;
+  delete m_spareBorderVoxels;
 }
 
 void
@@ -332,7 +333,8 @@ SelleSkeletonizer::updateBorder()
 {
   delete m_previousBorderVoxels;
   m_previousBorderVoxels = m_borderVoxels;
-  m_borderVoxels = new BorderVoxelHashMap;
+  m_borderVoxels = m_spareBorderVoxels != nullptr ? m_spareBorderVoxels : new BorderVoxelHashMap;
+  m_spareBorderVoxels = nullptr;
   m_borderVoxels->reserve(m_previousBorderVoxels->size() + m_currentLayer.size());
 
   // The loops below walk the border in its (spatially scattered) order; each looks a few voxels ahead and asks
@@ -461,7 +463,7 @@ SelleSkeletonizer::updateBorder()
     }
   }
   m_previousBorderVoxels->releaseAll();
-  delete m_previousBorderVoxels;
+  m_spareBorderVoxels = m_previousBorderVoxels;
   m_previousBorderVoxels = nullptr;
   // The layer lists may name deleted points now.
   m_currentLayer.clear();

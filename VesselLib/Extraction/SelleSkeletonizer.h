@@ -101,6 +101,7 @@ private:
   float m_minimumVoxelSize{ 1.0f };
   BorderVoxelHashMap * m_borderVoxels;
   BorderVoxelHashMap * m_previousBorderVoxels{ nullptr };
+  BorderVoxelHashMap * m_spareBorderVoxels{ nullptr }; // an emptied map kept for reuse: large tables are costly to map
   DistancePoint3DList m_currentLayer;
   DistancePoint3DList m_deferred;
   DistancePoint3DList * m_resultList{ nullptr };
