@@ -117,9 +117,8 @@ std::size_t
 foreground(const lumoIpPicDescriptor * pic)
 {
   const auto * data = static_cast<const unsigned char *>(pic->data);
-  return static_cast<std::size_t>(std::count_if(data, data + lumoIpPicElements(pic), [](unsigned char v) {
-    return v != 0;
-  }));
+  return static_cast<std::size_t>(
+    std::count_if(data, data + lumoIpPicElements(pic), [](unsigned char v) { return v != 0; }));
 }
 
 void
@@ -136,7 +135,7 @@ thin(benchmark::State & state, bool cleaning)
     lumoIpPicDescriptor * copy = lumoIpPicClone(mask);
     state.ResumeTiming();
     std::unique_ptr<SelleSkeletonizer> skeletonizer(cleaning ? new CleaningSelleSkeletonizer(copy, false, 2, true)
-                                                              : new SelleSkeletonizer(copy, false, false));
+                                                             : new SelleSkeletonizer(copy, false, false));
     skeletonizer->skeletonize();
     state.PauseTiming();
     skeleton = foreground(skeletonizer->getBinaryPic());
