@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <memory>
 #include <array>
 #include <cstdint>
 #include <random>
@@ -258,6 +259,47 @@ TEST(BorderVoxelListProcessorDeathTest, NullVolumeEndsTheProcess)
   const ChildOutcome outcome = runInChild([&] { OrderedBorderVoxelListProcessor processor(&binary, nullptr, true); });
   EXPECT_EQ(outcome.exitCode, 1);
   EXPECT_EQ(outcome.output, message + "\n");
+}
+
+TEST(SkeletonizerDeathTest, PicThatCannotBeConvertedEndsTheProcessInTheBinaryVolume)
+{
+  // A 16-bit header without voxels: the conversion yields nothing, and the binary volume refuses the null pic.
+  const ChildOutcome outcome = runInChild([] {
+    lumoIpPicDescriptor * header = lumoIpPicNew();
+    header->type = lumoIpPicUInt;
+    header->bpe = 16;
+    header->dim = 3;
+    header->n[0] = header->n[1] = header->n[2] = 4;
+    SelleSkeletonizer skeletonizer(header, false, false);
+  });
+  EXPECT_EQ(outcome.exitCode, 1);
+  EXPECT_EQ(outcome.output, "VolumeAccessor::VolumeAccessor(...): thePic == null or pic->dim!=3! \n");
+}
+
+TEST(BorderVoxelListProcessorTest, DeletesSimpleVoxelsInListOrderUntilAPassDeletesNothing)
+{
+  lumoIpPicDescriptor * mask = newMask(5, 5, 5);
+  const int square[4][2] = { { 1, 1 }, { 2, 1 }, { 1, 2 }, { 2, 2 } };
+  DistancePoint3DList list;
+  for (const auto & xy : square)
+  {
+    maskVoxel(mask, xy[0], xy[1], 2) = 1;
+    list.push_back(new DistancePoint3D(xy[0], xy[1], 2, 1.0f, 0.0f, 0.0f));
+  }
+  VolumeAccessor<unsigned char> binary(mask, 0, true);
+  VolumeAccessor<float> distance(0.0f);
+  BorderVoxelListProcessor processor(&binary, &distance);
+  // (1, 1) goes (an L remains), then (2, 1) (two neighbours that touch), and the last two are endpoints.
+  std::unique_ptr<DistancePoint3DList> survivors(processor.processList(list));
+  EXPECT_EQ(processor.getRemovedVoxels(), 2);
+  ASSERT_EQ(survivors->size(), 2u);
+  EXPECT_EQ((*survivors)[0], list[2]);
+  EXPECT_EQ((*survivors)[1], list[3]);
+  EXPECT_EQ(binary.getVoxel(1, 1, 2), 0);
+  EXPECT_EQ(binary.getVoxel(2, 1, 2), 0);
+  EXPECT_EQ(binary.getVoxel(1, 2, 2), 1);
+  for (DistancePoint3D * point : list)
+    delete point;
 }
 
 TEST(SkeletonizerTest, ConvertsOtherElementTypesAndTakesOverTheInput)
