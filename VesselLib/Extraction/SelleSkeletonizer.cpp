@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <iostream>
 #include <vector>
 
@@ -186,18 +187,29 @@ SelleSkeletonizer::initialize()
   }
 
   // Labelling does not depend on the scan order (labels 1 and 3 are both foreground to later reads), so the
-  // volume is scanned in memory order; the border is then put into the map in the order of a scan with x
-  // outermost and z innermost.
+  // volume is scanned in memory order, skipping empty stretches a word at a time; the border is then put into
+  // the map in the order of a scan with x outermost and z innermost. A border voxel's key keeps which of its
+  // face neighbours are background (entries of the 6-neighbourhood), in the bits below the coordinates, which
+  // leaves the order by x, y, z intact.
   std::vector<std::uint64_t> border;
   unsigned char faces[6];
-  std::size_t index = 0;
   for (std::uint32_t z = 0; z < sizeZ; ++z)
   {
     for (std::uint32_t y = 0; y < sizeY; ++y)
     {
-      for (std::uint32_t x = 0; x < sizeX; ++x, ++index)
+      unsigned char * row = data + (static_cast<std::size_t>(z) * sizeY + y) * sizeX;
+      for (std::uint32_t x = 0; x < sizeX; ++x)
       {
-        if (data[index] == 0)
+        std::uint64_t word = 0;
+        while (x + 8 <= sizeX && (std::memcpy(&word, row + x, 8), word == 0))
+        {
+          x += 8;
+        }
+        if (x >= sizeX)
+        {
+          break;
+        }
+        if (row[x] == 0)
         {
           continue;
         }
@@ -205,11 +217,17 @@ SelleSkeletonizer::initialize()
           static_cast<unsigned short>(x), static_cast<unsigned short>(y), static_cast<unsigned short>(z), faces);
         if (isBorderVoxel(faces))
         {
-          border.push_back((static_cast<std::uint64_t>(x) << 32) | (static_cast<std::uint64_t>(y) << 16) | z);
+          std::uint64_t background = 0;
+          for (int i = 0; i < 6; ++i)
+          {
+            background |= static_cast<std::uint64_t>(faces[i] == 0) << i;
+          }
+          border.push_back((static_cast<std::uint64_t>(x) << 40) | (static_cast<std::uint64_t>(y) << 24) |
+                           (static_cast<std::uint64_t>(z) << 8) | background);
         }
         else
         {
-          data[index] = interiorLabel;
+          row[x] = interiorLabel;
         }
       }
     }
@@ -224,20 +242,19 @@ SelleSkeletonizer::initialize()
     if (i + 8 < border.size())
     {
       const std::uint64_t next = border[i + 8];
-      m_borderVoxels->prefetch(static_cast<unsigned short>(next >> 32),
-                               static_cast<unsigned short>((next >> 16) & 0xFFFFu),
-                               static_cast<unsigned short>(next & 0xFFFFu));
+      m_borderVoxels->prefetch(static_cast<unsigned short>(next >> 40),
+                               static_cast<unsigned short>((next >> 24) & 0xFFFFu),
+                               static_cast<unsigned short>((next >> 8) & 0xFFFFu));
     }
     const std::uint64_t key = border[i];
-    const auto x = static_cast<unsigned short>(key >> 32);
-    const auto y = static_cast<unsigned short>((key >> 16) & 0xFFFFu);
-    const auto z = static_cast<unsigned short>(key & 0xFFFFu);
-    volume.read6Neighbourhood(x, y, z, faces);
+    const auto x = static_cast<unsigned short>(key >> 40);
+    const auto y = static_cast<unsigned short>((key >> 24) & 0xFFFFu);
+    const auto z = static_cast<unsigned short>((key >> 8) & 0xFFFFu);
     float vector[3] = { 0.0f, 0.0f, 0.0f };
-    for (int i = 0; i < 3; ++i)
+    for (int a = 0; a < 3; ++a)
     {
-      const int axis = axes[i];
-      if (faces[faceEntries[axis][0]] == 0 || faces[faceEntries[axis][1]] == 0)
+      const int axis = axes[a];
+      if (((key >> faceEntries[axis][0]) & 1u) != 0 || ((key >> faceEntries[axis][1]) & 1u) != 0)
       {
         vector[axis] = voxelSize[axis];
         break;
