@@ -161,7 +161,7 @@ BM_CleaningSelleSkeletonizer(benchmark::State & state)
 }
 } // namespace
 
-BENCHMARK(BM_SelleSkeletonizer)->Args({ 128, 128, 75 })->Args({ 512, 512, 300 })->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_SelleSkeletonizer)->Args({ 256, 256, 150 })->Args({ 512, 512, 300 })->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_CleaningSelleSkeletonizer)->Args({ 512, 512, 300 })->Unit(benchmark::kMillisecond);
 
 BENCHMARK_MAIN();
