@@ -1,0 +1,90 @@
+#include "SelleBorderTypeEvaluator.h"
+
+#include "PackedNeighbourhood.h"
+
+namespace
+{
+struct PackedSidePlanes
+{
+  std::uint32_t face[6];
+  std::uint32_t plane[6];
+  PackedSidePlanes()
+  {
+    for (int d = 0; d < 6; ++d)
+    {
+      face[d] = 1u << SelleBorderTypeEvaluator::faceIndex[d];
+      plane[d] = 0;
+      for (int i = 0; i < 9; ++i)
+      {
+        plane[d] |= 1u << SelleBorderTypeEvaluator::sidePlane[d][i];
+      }
+    }
+  }
+};
+
+const PackedSidePlanes &
+packedSidePlanes()
+{
+  static const PackedSidePlanes planes;
+  return planes;
+}
+} // namespace
+
+bool
+SelleBorderTypeEvaluator::isBorder(int direction, const unsigned char * neighbourhood)
+{
+  if (neighbourhood[faceIndex[direction]] != 0)
+  {
+    return false;
+  }
+  int foreground = 0;
+  for (int i = 0; i < 9; ++i)
+  {
+    foreground += neighbourhood[sidePlane[direction][i]] != 0 ? 1 : 0;
+  }
+  return foreground < 2;
+}
+
+bool
+SelleBorderTypeEvaluator::isBorder(int direction, std::uint32_t packedNeighbourhood)
+{
+  const PackedSidePlanes & planes = packedSidePlanes();
+  return (packedNeighbourhood & planes.face[direction]) == 0 &&
+         PackedNeighbourhood::foregroundCount(packedNeighbourhood & planes.plane[direction]) < 2;
+}
+
+bool
+SelleBorderTypeEvaluator::isBorderZPlus(const unsigned char * neighbourhood) const
+{
+  return isBorder(0, neighbourhood);
+}
+
+bool
+SelleBorderTypeEvaluator::isBorderZMinus(const unsigned char * neighbourhood) const
+{
+  return isBorder(1, neighbourhood);
+}
+
+bool
+SelleBorderTypeEvaluator::isBorderXPlus(const unsigned char * neighbourhood) const
+{
+  return isBorder(2, neighbourhood);
+}
+
+bool
+SelleBorderTypeEvaluator::isBorderXMinus(const unsigned char * neighbourhood) const
+{
+  return isBorder(3, neighbourhood);
+}
+
+bool
+SelleBorderTypeEvaluator::isBorderYPlus(const unsigned char * neighbourhood) const
+{
+  return isBorder(4, neighbourhood);
+}
+
+bool
+SelleBorderTypeEvaluator::isBorderYMinus(const unsigned char * neighbourhood) const
+{
+  return isBorder(5, neighbourhood);
+}
