@@ -22,7 +22,8 @@ void
 addConvertCommand(CLI::App & app, Context & context)
 {
   auto options = std::make_shared<ConvertOptions>();
-  CLI::App * command = app.add_subcommand("convert", "Read a file and write it again, in the format of the output name");
+  CLI::App * command =
+    app.add_subcommand("convert", "Read a file and write it again, in the format of the output name");
   command->footer("Vessel trees: .ves (canonical text) or .vtp (centre lines as VTK poly data with the arrays "
                   "radius and vesselIds, and per line vesselId, bloodVesselType, segment, resectionStatus).\n"
                   "Images: between .nrrd, .nii, .nii.gz, .mhd, .mha, .pic and .pic.gz, keeping voxels, spacing, origin "

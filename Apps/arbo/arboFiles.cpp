@@ -18,6 +18,8 @@
 #include <filesystem>
 #include <fstream>
 #include <mutex>
+#include <sstream>
+#include <vector>
 
 namespace arbo
 {
@@ -26,21 +28,48 @@ namespace
 const char * const readableTypes =
   ".ves, .nrrd, .nhdr, .nii, .nii.gz, .mhd, .mha, .pic, .pic.gz, .vtp, .vtk, .stl, .obj, .mps";
 
-/** ITK's descriptions of exceptions thrown with its macro carry "ITK ERROR: Class(address): " before the text. */
+/** One line from an ITK exception: without the "ITK ERROR: Class(address): " (or "itk::ERROR: ...") prefix, and
+ *  for the multi-line reports of some image libraries, the first line with the last one (the cause) behind it. */
 std::string
 plainDescription(const itk::ExceptionObject & e)
 {
   std::string text = e.GetDescription();
-  const auto marker = text.find("): ");
-  if (text.rfind("ITK ERROR: ", 0) == 0 && marker != std::string::npos)
+  for (const char * prefix : { "ITK ERROR: ", "itk::ERROR: " })
   {
-    text = text.substr(marker + 3);
+    const auto marker = text.find("): ");
+    if (text.rfind(prefix, 0) == 0 && marker != std::string::npos)
+    {
+      text = text.substr(marker + 3);
+    }
   }
-  while (!text.empty() && (text.back() == '\n' || text.back() == ' '))
+  std::vector<std::string> lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);)
   {
-    text.pop_back();
+    while (!line.empty() && (line.back() == ' ' || line.back() == '\r'))
+    {
+      line.pop_back();
+    }
+    if (!line.empty())
+    {
+      lines.push_back(line);
+    }
   }
-  return text;
+  if (lines.empty())
+  {
+    return "unknown error";
+  }
+  if (lines.size() == 1)
+  {
+    return lines.front();
+  }
+  std::string cause = lines.back();
+  const auto tag = cause.find("] ");
+  if (cause.rfind("[", 0) == 0 && tag != std::string::npos)
+  {
+    cause = cause.substr(tag + 2);
+  }
+  return lines.front() + " " + cause;
 }
 
 void
@@ -188,8 +217,9 @@ writeData(lumo::BaseData * data, const std::string & path)
     {
       supported = ".vtp, .vtk, .stl";
     }
-    throw Error(path, "cannot write " + std::string(kind == "image" ? "an " : "a ") + kind + " as '" + extension +
-                        "' (supported: " + supported + ")");
+    throw Error(path,
+                "cannot write " + std::string(kind == "image" ? "an " : "a ") + kind + " as '" + extension +
+                  "' (supported: " + supported + ")");
   }
   writeAtomically(path, [&](const std::string & temporary) {
     try

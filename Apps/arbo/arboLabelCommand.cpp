@@ -68,8 +68,9 @@ label(const LabelOptions & options, Context & context)
   {
     if (!VesselLabels::parseBloodVesselType(options.type, value))
     {
-      throw Error("--type", "unknown blood vessel type '" + options.type +
-                              "' (use portal, hepatic, artery, bile, undefined or 0 to 4)");
+      throw Error("--type",
+                  "unknown blood vessel type '" + options.type +
+                    "' (use portal, hepatic, artery, bile, undefined or 0 to 4)");
     }
     what = "blood vessel type " + VesselLabels::bloodVesselTypeName(value);
   }
@@ -77,8 +78,10 @@ label(const LabelOptions & options, Context & context)
   {
     if (!VesselLabels::parseSegmentType(options.segment, value))
     {
-      throw Error("--segment", "unknown segment '" + options.segment + "' (use S_I .. S_VIII, S_IVa, S_IVb, S_All, "
-                                                                         "HS_LSV .. HS_RLS, undefined or 1 to 27)");
+      throw Error("--segment",
+                  "unknown segment '" + options.segment +
+                    "' (use S_I .. S_VIII, S_IVa, S_IVb, S_All, "
+                    "HS_LSV .. HS_RLS, undefined or 1 to 27)");
     }
     what = "segment " + VesselLabels::segmentTypeName(value);
   }
@@ -86,8 +89,8 @@ label(const LabelOptions & options, Context & context)
   {
     if (!VesselLabels::parseResectionStatus(options.status, value))
     {
-      throw Error("--status", "unknown resection status '" + options.status +
-                                "' (use resect, keep, risk, undefined or 1 to 4)");
+      throw Error("--status",
+                  "unknown resection status '" + options.status + "' (use resect, keep, risk, undefined or 1 to 4)");
     }
     what = "resection status " + VesselLabels::resectionStatusName(value);
   }
@@ -157,7 +160,8 @@ addLabelCommand(CLI::App & app, Context & context)
   command->add_option("tree", options->input, "The vessel tree to label (.ves)")->required();
   command->add_option("-o,--output", options->output, "Where to write the labelled tree (.ves or .vtp)")->required();
   command->add_option("--vessel", options->vessel, "Id of the picked vessel")->required();
-  command->add_option("--select", options->select, "Which vessels: the picked one, its path to the root, or its subtree")
+  command
+    ->add_option("--select", options->select, "Which vessels: the picked one, its path to the root, or its subtree")
     ->check(CLI::IsMember({ "single", "path", "subtree" }))
     ->capture_default_str();
   CLI::Option_group * actions = command->add_option_group("label", "What to set on the selected vessels");

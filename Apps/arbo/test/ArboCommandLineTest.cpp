@@ -96,13 +96,16 @@ TEST_F(ArboInfo, BadFilesExitOneWithOneLineNamingTheFile)
 {
   writeFile(path("broken.ves"), malformedTree);
   writeFile(path("empty.ves"), "");
+  writeFile(path("tree.txt"), "some text");
   std::filesystem::create_directories(path("folder.ves"));
   const std::vector<std::pair<std::string, std::string>> cases = {
     { path("broken.ves"), "is not a valid vessel tree file (malformed or truncated text)" },
     { path("empty.ves"), "is not a valid vessel tree file (malformed or truncated text)" },
     { path("missing.ves"), "cannot be opened (No such file or directory)" },
     { path("folder.ves"), "is a folder, not a file" },
-    { path("tree.txt"), "unsupported file type '.txt' (supported: .ves)" },
+    { path("tree.txt"),
+      "unsupported file type '.txt' (readable: .ves, .nrrd, .nhdr, .nii, .nii.gz, .mhd, .mha, "
+      ".pic, .pic.gz, .vtp, .vtk, .stl, .obj, .mps)" },
   };
   for (const auto & [file, message] : cases)
   {
@@ -164,7 +167,8 @@ TEST_F(ArboConvert, OutputProblemsAreReportedAndLeaveNothingBehind)
 
   ArboRun wrongType = runArbo({ "convert", sample, path("out.png") });
   EXPECT_EQ(wrongType.status, 1);
-  EXPECT_EQ(wrongType.err, "arbo: " + path("out.png") + ": unsupported output type '.png' (supported: .ves)\n");
+  EXPECT_EQ(wrongType.err,
+            "arbo: " + path("out.png") + ": cannot write a vessel tree as '.png' (supported: .ves, .vtp)\n");
 
   std::filesystem::create_directories(path("taken.ves"));
   ArboRun folder = runArbo({ "convert", sample, path("taken.ves") });

@@ -1,0 +1,142 @@
+#include "ArboTestSupport.h"
+
+#include "lumoImage.h"
+#include "lumoImageIO.h"
+
+#include <nlohmann/json.hpp>
+#include <vtkCellData.h>
+#include <vtkPointData.h>
+#include <vtkPolyData.h>
+#include <vtkSmartPointer.h>
+#include <vtkXMLPolyDataReader.h>
+
+#include <cmath>
+
+using namespace arbo_test;
+
+class ArboDataFiles : public ArboTest
+{
+protected:
+  /** A 4 x 3 x 2 unsigned 8-bit image with a tilted direction, spacing (0.8, 0.8, 1.5) and origin (-10, 20, 5). */
+  lumo::Image::Pointer
+  makeImage() const
+  {
+    auto image = lumo::Image::New();
+    lumo::Image::SizeType size;
+    size[0] = 4;
+    size[1] = 3;
+    size[2] = 2;
+    lumo::Vector3D spacing;
+    spacing[0] = 0.8;
+    spacing[1] = 0.8;
+    spacing[2] = 1.5;
+    lumo::Point3D origin;
+    origin[0] = -10;
+    origin[1] = 20;
+    origin[2] = 5;
+    lumo::Image::DirectionType direction;
+    direction.SetIdentity();
+    const double c = std::cos(0.3);
+    const double s = std::sin(0.3);
+    direction[0][0] = c;
+    direction[0][1] = -s;
+    direction[1][0] = s;
+    direction[1][1] = c;
+    image->Initialize(itk::IOComponentEnum::UCHAR, size, spacing, origin, direction);
+    auto * voxels = static_cast<unsigned char *>(image->GetData());
+    for (unsigned int i = 0; i < 24; ++i)
+    {
+      voxels[i] = static_cast<unsigned char>(i * 10);
+    }
+    return image;
+  }
+};
+
+TEST_F(ArboDataFiles, ImagesConvertBetweenFormatsKeepingVoxelsAndGeometry)
+{
+  lumo::Image::Pointer original = makeImage();
+  lumo::WriteImageFile(original, path("image.nrrd"));
+  std::string previous = path("image.nrrd");
+  for (const char * name : { "image.nii.gz", "image.mhd", "image.nii", "back.nrrd" })
+  {
+    ArboRun run = runArbo({ "-q", "convert", previous, path(name) });
+    ASSERT_EQ(run.status, 0) << name << ": " << run.err;
+    previous = path(name);
+  }
+  lumo::Image::Pointer back = lumo::ReadImageFile(previous);
+  ASSERT_EQ(back->GetNumberOfVoxels(), 24u);
+  EXPECT_EQ(back->GetPixelTypeAsString(), "unsigned_char");
+  EXPECT_EQ(std::memcmp(back->GetData(), original->GetData(), 24), 0);
+  for (unsigned int i = 0; i < 3; ++i)
+  {
+    EXPECT_NEAR(back->GetSpacing()[i], original->GetSpacing()[i], 1e-6);
+    EXPECT_NEAR(back->GetOrigin()[i], original->GetOrigin()[i], 1e-5);
+    for (unsigned int j = 0; j < 3; ++j)
+    {
+      EXPECT_NEAR(back->GetDirection()[i][j], original->GetDirection()[i][j], 1e-6);
+    }
+  }
+}
+
+TEST_F(ArboDataFiles, InfoDescribesAnImage)
+{
+  lumo::WriteImageFile(makeImage(), path("image.nrrd"));
+  ArboRun run = runArbo({ "info", path("image.nrrd") });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.out,
+            path("image.nrrd") + ": image (3-D)\n"
+                                 "  size:          4 x 3 x 2 voxels\n"
+                                 "  spacing:       0.8 x 0.8 x 1.5 mm\n"
+                                 "  origin:        (-10, 20, 5) mm\n"
+                                 "  direction:     [0.955336, -0.29552, 0]\n"
+                                 "                 [0.29552, 0.955336, 0]\n"
+                                 "                 [0, 0, 1]\n"
+                                 "  pixel type:    unsigned_char\n"
+                                 "  value range:   0 .. 230\n"
+                                 "  voxels:        24 (0.96 mm3 each)\n");
+  ArboRun json = runArbo({ "info", path("image.nrrd"), "--json" });
+  ASSERT_EQ(json.status, 0);
+  const auto parsed = nlohmann::json::parse(json.out);
+  EXPECT_EQ(parsed["kind"], "image");
+  EXPECT_EQ(parsed["size"], nlohmann::json::parse("[4, 3, 2]"));
+  EXPECT_EQ(parsed["maximum"], 230.0);
+}
+
+TEST_F(ArboDataFiles, ATreeBecomesCentreLinesForVtkTools)
+{
+  ArboRun run = runArbo({ "-q", "convert", dataFile("sample-portal.ves"), path("sample.vtp") });
+  ASSERT_EQ(run.status, 0) << run.err;
+  auto reader = vtkSmartPointer<vtkXMLPolyDataReader>::New();
+  reader->SetFileName(path("sample.vtp").c_str());
+  reader->Update();
+  vtkPolyData * lines = reader->GetOutput();
+  EXPECT_EQ(lines->GetNumberOfLines(), 29);
+  EXPECT_EQ(lines->GetNumberOfPoints(), 190);
+  EXPECT_NE(lines->GetPointData()->GetArray("radius"), nullptr);
+  EXPECT_NE(lines->GetPointData()->GetArray("vesselIds"), nullptr);
+  for (const char * name : { "vesselId", "bloodVesselType", "segment", "resectionStatus" })
+  {
+    EXPECT_NE(lines->GetCellData()->GetArray(name), nullptr) << name;
+  }
+  EXPECT_EQ(lines->GetPointData()->GetArray("radius")->GetTuple1(0), 7.0);
+}
+
+TEST_F(ArboDataFiles, DataThatDoesNotFitTheOutputIsRefused)
+{
+  lumo::WriteImageFile(makeImage(), path("image.nrrd"));
+  ArboRun run = runArbo({ "convert", path("image.nrrd"), path("image.ves") });
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err,
+            "arbo: " + path("image.ves") +
+              ": cannot write an image as '.ves' (supported: .nrrd, .nii, .nii.gz, .mhd, .mha, .pic, "
+              ".pic.gz)\n");
+  ArboRun label = runArbo({ "label", path("image.nrrd"), "-o", path("x.ves"), "--vessel", "1", "--hide" });
+  EXPECT_EQ(label.status, 1);
+  EXPECT_EQ(label.err, "arbo: " + path("image.nrrd") + ": holds image, not a vessel tree\n");
+  writeFile(path("broken.nrrd"), "NRRD0004\ntype: nonsense\n\n");
+  ArboRun broken = runArbo({ "info", path("broken.nrrd") });
+  EXPECT_EQ(broken.status, 1);
+  EXPECT_EQ(broken.err.rfind("arbo: " + path("broken.nrrd") + ": ", 0), 0u);
+  EXPECT_EQ(std::count(broken.err.begin(), broken.err.end(), '\n'), 1);
+  EXPECT_EQ(files(), (std::vector<std::string>{ "broken.nrrd", "image.nrrd" }));
+}

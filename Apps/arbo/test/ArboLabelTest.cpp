@@ -1,0 +1,135 @@
+#include "ArboTestSupport.h"
+
+#include "ArVesselTree.h"
+
+#include <fstream>
+#include <locale>
+#include <set>
+
+using namespace arbo_test;
+
+namespace
+{
+/** Ids of the vessels that satisfy the predicate, read from a .ves file. */
+template <class Predicate>
+std::set<int>
+idsWhere(const std::string & file, Predicate predicate)
+{
+  std::ifstream in(file);
+  in.imbue(std::locale::classic());
+  LinkedVesselTree tree;
+  tree.read(in);
+  EXPECT_FALSE(in.fail()) << file;
+  std::set<int> ids;
+  std::unique_ptr<TreeIterator<ar<Vessel>>> it(tree.newPreorderIterator());
+  while (it->hasNext())
+  {
+    ar<Vessel> vessel = it->next();
+    if (predicate(*vessel))
+    {
+      ids.insert(vessel->getVesselId());
+    }
+  }
+  return ids;
+}
+
+std::set<int>
+withStatus(const std::string & file, int status)
+{
+  return idsWhere(file, [status](const Vessel & v) { return v.getProperties().getResectionStatus() == status; });
+}
+} // namespace
+
+class ArboLabel : public ArboTest
+{
+protected:
+  const std::string sample = dataFile("sample-portal.ves");
+};
+
+TEST_F(ArboLabel, SubtreeMarksExactlyTheDownstreamVessels)
+{
+  // In the sample, vessel 5 (right anterior branch) feeds 9 (S_V) and 10 (S_VIII), which end in 18, 19, 20, 21.
+  ArboRun run =
+    runArbo({ "label", sample, "-o", path("plan.ves"), "--vessel", "5", "--select", "subtree", "--status", "resect" });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.err,
+            "arbo: 7 of 7 selected vessels (subtree of vessel 5) now carry resection status To be resected\n"
+            "arbo: wrote " +
+              path("plan.ves") + "\n");
+  const std::set<int> before = withStatus(sample, 3);
+  std::set<int> expected = before;
+  expected.insert({ 5, 9, 10, 18, 19, 20, 21 });
+  EXPECT_EQ(withStatus(path("plan.ves"), 3), expected);
+  EXPECT_EQ(idsWhere(path("plan.ves"), [](const Vessel & v) { return v.getProperties().isActive(); }), std::set<int>{});
+}
+
+TEST_F(ArboLabel, PathAndSingleSelections)
+{
+  ArboRun path_ =
+    runArbo({ "-q", "label", sample, "-o", path("path.ves"), "--vessel", "21", "--select", "path", "--status", "4" });
+  ASSERT_EQ(path_.status, 0) << path_.err;
+  EXPECT_EQ(path_.err, "");
+  EXPECT_EQ(withStatus(path("path.ves"), 4), (std::set<int>{ 1, 2, 5, 10, 21 }));
+
+  ArboRun single = runArbo({ "-q", "label", sample, "-o", path("single.ves"), "--vessel", "3", "--hide" });
+  ASSERT_EQ(single.status, 0);
+  EXPECT_EQ(idsWhere(path("single.ves"), [](const Vessel & v) { return !v.getProperties().isVisible(); }),
+            std::set<int>{ 3 });
+}
+
+TEST_F(ArboLabel, TypesAndSegmentsFollowTheLabellingRules)
+{
+  ArboRun type = runArbo(
+    { "-q", "label", sample, "-o", path("artery.ves"), "--vessel", "11", "--select", "subtree", "--type", "artery" });
+  ASSERT_EQ(type.status, 0) << type.err;
+  EXPECT_EQ(idsWhere(path("artery.ves"), [](const Vessel & v) { return v.getProperties().getBloodVesselType() == 3; }),
+            (std::set<int>{ 11, 22, 23 }));
+  // Their S_VI segment does not fit an artery.
+  EXPECT_EQ(idsWhere(path("artery.ves"), [](const Vessel & v) { return v.getProperties().getSegmentType() == 8; }),
+            std::set<int>{});
+
+  ArboRun refused = runArbo({ "label", sample, "-o", path("seg.ves"), "--vessel", "3", "--segment", "HS_LS" });
+  ASSERT_EQ(refused.status, 0);
+  EXPECT_EQ(refused.err,
+            "arbo: 0 of 1 selected vessels (single of vessel 3) now carry segment HS_LS; 1 kept their "
+            "segment, which must fit the vessel type\narbo: wrote " +
+              path("seg.ves") + "\n");
+}
+
+TEST_F(ArboLabel, UnknownIdsAndNamesWriteNothing)
+{
+  const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
+    { { "--vessel", "99", "--status", "resect" }, "arbo: " + sample + ": has no vessel with id 99\n" },
+    { { "--vessel", "5", "--type", "veins" },
+      "arbo: --type: unknown blood vessel type 'veins' (use portal, hepatic, artery, bile, undefined or 0 to 4)\n" },
+    { { "--vessel", "5", "--segment", "S_IX" },
+      "arbo: --segment: unknown segment 'S_IX' (use S_I .. S_VIII, S_IVa, S_IVb, S_All, HS_LSV .. HS_RLS, "
+      "undefined or 1 to 27)\n" },
+    { { "--vessel", "5", "--status", "cut" },
+      "arbo: --status: unknown resection status 'cut' (use resect, keep, risk, undefined or 1 to 4)\n" },
+  };
+  for (const auto & [options, message] : cases)
+  {
+    std::vector<std::string> arguments{ "label", sample, "-o", path("out.ves") };
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    ArboRun run = runArbo(arguments);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, message);
+    EXPECT_TRUE(files().empty());
+  }
+}
+
+TEST_F(ArboLabel, ExactlyOneLabelIsUsage)
+{
+  for (const std::vector<std::string> & extra : std::vector<std::vector<std::string>>{
+         {}, { "--hide", "--show" }, { "--status", "resect", "--type", "artery" } })
+  {
+    std::vector<std::string> arguments{ "label", sample, "-o", path("out.ves"), "--vessel", "5" };
+    arguments.insert(arguments.end(), extra.begin(), extra.end());
+    ArboRun run = runArbo(arguments);
+    EXPECT_EQ(run.status, 2) << run.err;
+    EXPECT_TRUE(files().empty());
+  }
+  ArboRun badSelect = runArbo({ "label", sample, "-o", path("out.ves"), "--vessel", "5", "--select", "all", "--hide" });
+  EXPECT_EQ(badSelect.status, 2);
+}
