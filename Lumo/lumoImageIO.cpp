@@ -74,8 +74,8 @@ ReadImageFile(const std::string & fileName)
               __LINE__);
   }
   const itk::IOComponentEnum componentType = Image::NormalizePixelType(io->GetComponentType());
-  Image::Pointer             image;
-  const bool                 supported = DispatchPixelType(componentType, [&](auto * tag) {
+  Image::Pointer image;
+  const bool supported = DispatchPixelType(componentType, [&](auto * tag) {
     using T = std::remove_pointer_t<decltype(tag)>;
     using ReaderType = itk::ImageFileReader<itk::Image<T, 3>>;
     typename ReaderType::Pointer reader = ReaderType::New();
@@ -103,8 +103,7 @@ CanWriteImageFile(const std::string & fileName)
   {
     return false;
   }
-  itk::ImageIOBase::Pointer io =
-    itk::ImageIOFactory::CreateImageIO(fileName.c_str(), itk::IOFileModeEnum::WriteMode);
+  itk::ImageIOBase::Pointer io = itk::ImageIOFactory::CreateImageIO(fileName.c_str(), itk::IOFileModeEnum::WriteMode);
   return io.IsNotNull();
 }
 

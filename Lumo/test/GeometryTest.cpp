@@ -53,7 +53,7 @@ RotationZ90()
 TEST(GeometryTest, NewGeometryIsIdentityWithUnitBounds)
 {
   Geometry3D::Pointer geometry = Geometry3D::New();
-  const auto &        bounds = geometry->GetBounds();
+  const auto & bounds = geometry->GetBounds();
   for (unsigned int i = 0; i < 6; ++i)
   {
     EXPECT_EQ(bounds[i], i % 2 == 0 ? 0.0 : 1.0);
@@ -67,7 +67,7 @@ TEST(GeometryTest, NewGeometryIsIdentityWithUnitBounds)
 TEST(GeometryTest, SetBoundsOrdersEachAxis)
 {
   Geometry3D::Pointer geometry = Geometry3D::New();
-  const double        bounds[6] = { 10, 0, -1, 1, 5, 5 };
+  const double bounds[6] = { 10, 0, -1, 1, 5, 5 };
   geometry->SetFloatBounds(bounds);
   EXPECT_EQ(geometry->GetBounds()[0], 0.0);
   EXPECT_EQ(geometry->GetBounds()[1], 10.0);
@@ -145,7 +145,7 @@ TEST(GeometryTest, MatrixSetsSpacingAndOrigin)
 TEST(GeometryTest, WorldBoundsCenterAndInside)
 {
   Geometry3D::Pointer geometry = Geometry3D::New();
-  const double        bounds[6] = { 0, 10, 0, 20, 0, 30 };
+  const double bounds[6] = { 0, 10, 0, 20, 0, 30 };
   geometry->SetFloatBounds(bounds);
   geometry->SetSpacing(V(2, 1, 1));
   geometry->SetOrigin(P(5, 0, 0));
