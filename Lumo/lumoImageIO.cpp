@@ -33,6 +33,14 @@ ThrowWrite(const std::string & fileName, const std::string & what, unsigned int 
 }
 } // namespace
 
+void
+RegisterImageIOFactories()
+{
+  // The registration itself is done by the static object of itkImageIOFactoryRegisterManager.h (included through
+  // itkImageFileReader.h in this translation unit) before main; calling this function links the translation unit
+  // into programs that use no other function of it.
+}
+
 bool
 CanReadImageFile(const std::string & fileName)
 {
