@@ -93,13 +93,19 @@ Logger::Write(Level level, const std::string & message)
   {
     return;
   }
-  std::lock_guard<std::mutex> lock(LogMutex());
-  if (LogSink())
+  Sink sink;
   {
-    LogSink()(level, message);
+    std::lock_guard<std::mutex> lock(LogMutex());
+    sink = LogSink();
+  }
+  if (sink)
+  {
+    // Called without the lock held: a sink may log itself.
+    sink(level, message);
     return;
   }
   const std::string line = FormatLine(level, message) + "\n";
+  std::lock_guard<std::mutex> lock(LogMutex());
   std::fwrite(line.data(), 1, line.size(), stderr);
   std::fflush(stderr);
 }

@@ -285,3 +285,17 @@ TEST(BaseDataSerializerTest, UniqueNamesAndLookUp)
 
   EXPECT_FALSE(BaseDataSerializer::CreateForData(PointSet::New()));
 }
+
+TEST(FileNamesTest, ExtensionsAndNames)
+{
+  EXPECT_EQ(GetFileExtension("a/B.NII.GZ"), ".nii.gz");
+  EXPECT_EQ(GetFileExtension("c.vtp"), ".vtp");
+  EXPECT_EQ(GetFileExtension("dir.d/noext"), "");
+  EXPECT_EQ(GetFileExtension(".hidden"), "");
+  EXPECT_EQ(GetFileNameWithoutExtension("/data/liver.nii.gz"), "liver");
+  EXPECT_EQ(GetFileNameWithoutExtension("tree.ves"), "tree");
+  EXPECT_EQ(GetDirectoryOfPath("/data/liver.nii.gz"), "/data");
+  EXPECT_EQ(GetDirectoryOfPath("liver.nii.gz"), "");
+  EXPECT_TRUE(EndsWithNoCase("B.VES", ".ves"));
+  EXPECT_FALSE(EndsWithNoCase("s", ".ves"));
+}

@@ -278,3 +278,39 @@ TEST(BaseProcessTest, PipelineIsLazy)
   EXPECT_EQ(source->GetNumberOfIndexedOutputs(), 3u);
   EXPECT_STREQ(source->GetOutputData(2)->GetNameOfClass(), "Surface");
 }
+
+namespace
+{
+/** A geometry whose bounds follow a content box, as the vessel tree geometry follows its tree. */
+class ContentGeometry : public Geometry3D
+{
+public:
+  lumoClassMacro(ContentGeometry, Geometry3D);
+  itkFactorylessNewMacro(Self);
+  double extent{ 1.0 };
+  int updates{ 0 };
+  void
+  UpdateBounds() override
+  {
+    ++updates;
+    BoundsArrayType bounds;
+    bounds.Fill(0.0);
+    bounds[1] = extent;
+    this->SetBounds(bounds);
+  }
+};
+} // namespace
+
+TEST(GeometryTest, BoundsUpdateHookRunsOnUpdateOutputInformation)
+{
+  Surface::Pointer data = Surface::New();
+  ContentGeometry::Pointer geometry = ContentGeometry::New();
+  data->SetGeometry(geometry);
+  geometry->extent = 42.0;
+  data->UpdateOutputInformation();
+  EXPECT_GE(geometry->updates, 1);
+  EXPECT_EQ(data->GetGeometry()->GetBounds()[1], 42.0);
+  EXPECT_EQ(data->GetTimeSlicedGeometry()->GetBounds()[1], 42.0);
+  geometry->extent = 7.0;
+  EXPECT_EQ(data->GetUpdatedGeometry()->GetBounds()[1], 7.0);
+}
