@@ -168,7 +168,7 @@ BaseData::Graft(const itk::DataObject * data)
   const auto * other = dynamic_cast<const BaseData *>(data);
   if (other && other != this)
   {
-    m_TimeSlicedGeometry = other->m_TimeSlicedGeometry;
+    m_TimeSlicedGeometry = other->m_TimeSlicedGeometry->Clone();
     m_Initialized = other->m_Initialized;
     this->Modified();
   }
@@ -236,7 +236,7 @@ SlicedData::SetGeometry(Geometry3D * geometry)
     return;
   }
   SlicedGeometry3D::Pointer sliced = SlicedGeometry3D::New();
-  double                    matrix[16];
+  double matrix[16];
   geometry->GetIndexToWorldMatrix(matrix);
   sliced->SetIndexToWorldMatrix(matrix);
   sliced->SetBounds(geometry->GetBounds());

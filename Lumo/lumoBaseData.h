@@ -95,7 +95,8 @@ public:
   /** Copies (clones) the time-sliced geometry of another BaseData. */
   void
   CopyInformation(const itk::DataObject * data) override;
-  /** Shares the time-sliced geometry of another BaseData (subclasses share their content as well). */
+  /** Takes a copy of the time-sliced geometry of another BaseData; subclasses share its content (voxels, poly
+   *  data) as ITK's images share their buffer. */
   void
   Graft(const itk::DataObject * data) override;
 
@@ -115,7 +116,7 @@ protected:
   void
   PrintSelf(std::ostream & os, itk::Indent indent) const override;
 
-  bool                        m_Initialized{ false };
+  bool m_Initialized{ false };
   TimeSlicedGeometry::Pointer m_TimeSlicedGeometry;
 };
 } // namespace lumo

@@ -46,8 +46,8 @@ protected:
   BaseDataSerializer();
   ~BaseDataSerializer() override;
 
-  std::string          m_FilenameHint;
-  std::string          m_WorkingDirectory;
+  std::string m_FilenameHint;
+  std::string m_WorkingDirectory;
   BaseData::ConstPointer m_Data;
 };
 } // namespace lumo

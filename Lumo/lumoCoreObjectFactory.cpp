@@ -269,7 +269,8 @@ CoreObjectFactory::RegisterExtraFactory(CoreObjectFactoryBase * factory)
 void
 CoreObjectFactory::UnRegisterExtraFactory(CoreObjectFactoryBase * factory)
 {
-  const auto end = std::remove_if(m_ExtraFactories.begin(), m_ExtraFactories.end(),
+  const auto end = std::remove_if(m_ExtraFactories.begin(),
+                                  m_ExtraFactories.end(),
                                   [&](const CoreObjectFactoryBase::Pointer & p) { return p == factory; });
   if (end != m_ExtraFactories.end())
   {

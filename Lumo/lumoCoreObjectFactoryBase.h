@@ -59,8 +59,8 @@ protected:
   CoreObjectFactoryBase() = default;
   ~CoreObjectFactoryBase() override = default;
 
-  MultimapType   m_FileExtensionsMap;
-  MultimapType   m_SaveFileExtensionsMap;
+  MultimapType m_FileExtensionsMap;
+  MultimapType m_SaveFileExtensionsMap;
   FileWriterList m_FileWriters;
 };
 } // namespace lumo

@@ -99,7 +99,9 @@ DataNode::ReplaceProperty(const std::string & key, BaseProperty * property, cons
 }
 
 void
-DataNode::AddProperty(const std::string & key, BaseProperty * property, const std::string & rendererName,
+DataNode::AddProperty(const std::string & key,
+                      BaseProperty * property,
+                      const std::string & rendererName,
                       bool overwrite)
 {
   PropertyList * list = this->GetPropertyList(rendererName);
@@ -303,8 +305,7 @@ DataNode::GetMapper(MapperSlotId slot) const
   {
     return nullptr;
   }
-  itk::Object::Pointer mapper =
-    CoreObjectFactory::GetInstance()->CreateMapper(const_cast<DataNode *>(this), slot);
+  itk::Object::Pointer mapper = CoreObjectFactory::GetInstance()->CreateMapper(const_cast<DataNode *>(this), slot);
   if (mapper.IsNull())
   {
     return nullptr;

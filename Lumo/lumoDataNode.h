@@ -77,7 +77,9 @@ public:
   ReplaceProperty(const std::string & key, BaseProperty * property, const std::string & rendererName = "");
   /** Like SetProperty, but only when the key is absent from that list or overwrite is true. */
   void
-  AddProperty(const std::string & key, BaseProperty * property, const std::string & rendererName = "",
+  AddProperty(const std::string & key,
+              BaseProperty * property,
+              const std::string & rendererName = "",
               bool overwrite = false);
   /** Removes the key from that list; false when absent. */
   bool
@@ -102,7 +104,8 @@ public:
   bool
   GetVisibility(bool & visible, const std::string & rendererName = "", const std::string & key = "visible") const;
   bool
-  GetLevelWindow(LevelWindow & levelWindow, const std::string & rendererName = "",
+  GetLevelWindow(LevelWindow & levelWindow,
+                 const std::string & rendererName = "",
                  const std::string & key = "levelwindow") const;
   bool
   GetName(std::string & name, const std::string & rendererName = "", const std::string & key = "name") const;
@@ -136,12 +139,16 @@ public:
   void
   SetColor(const Color & color, const std::string & rendererName = "", const std::string & key = "color");
   void
-  SetColor(float red, float green, float blue, const std::string & rendererName = "",
+  SetColor(float red,
+           float green,
+           float blue,
+           const std::string & rendererName = "",
            const std::string & key = "color");
   void
   SetOpacity(float opacity, const std::string & rendererName = "", const std::string & key = "opacity");
   void
-  SetLevelWindow(const LevelWindow & levelWindow, const std::string & rendererName = "",
+  SetLevelWindow(const LevelWindow & levelWindow,
+                 const std::string & rendererName = "",
                  const std::string & key = "levelwindow");
 
   // -- mappers ------------------------------------------------------------------------------------------------------
@@ -164,9 +171,9 @@ protected:
   void
   PrintSelf(std::ostream & os, itk::Indent indent) const override;
 
-  BaseData::Pointer                                  m_Data;
-  PropertyList::Pointer                              m_PropertyList;
-  mutable PropertyListMap                            m_RendererPropertyLists;
+  BaseData::Pointer m_Data;
+  PropertyList::Pointer m_PropertyList;
+  mutable PropertyListMap m_RendererPropertyLists;
   mutable std::map<MapperSlotId, itk::Object::Pointer> m_Mappers;
 };
 } // namespace lumo

@@ -58,8 +58,7 @@ public:
 
   /** Whether some registered type reads the file (the order above, without reading). */
   static bool
-  CanReadFile(const std::string & fileName, const std::string & filePrefix = "",
-              const std::string & filePattern = "");
+  CanReadFile(const std::string & fileName, const std::string & filePrefix = "", const std::string & filePattern = "");
 
 protected:
   DataNodeFactory();

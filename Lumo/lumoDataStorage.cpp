@@ -30,7 +30,8 @@ NodePredicateCompositeBase::AddPredicate(const NodePredicateBase * predicate)
 void
 NodePredicateCompositeBase::RemovePredicate(const NodePredicateBase * predicate)
 {
-  const auto end = std::remove_if(m_ChildPredicates.begin(), m_ChildPredicates.end(),
+  const auto end = std::remove_if(m_ChildPredicates.begin(),
+                                  m_ChildPredicates.end(),
                                   [&](const NodePredicateBase::ConstPointer & p) { return p == predicate; });
   if (end != m_ChildPredicates.end())
   {
@@ -45,7 +46,8 @@ NodePredicateAnd::NodePredicateAnd(const NodePredicateBase * p1, const NodePredi
   this->AddPredicate(p2);
 }
 
-NodePredicateAnd::NodePredicateAnd(const NodePredicateBase * p1, const NodePredicateBase * p2,
+NodePredicateAnd::NodePredicateAnd(const NodePredicateBase * p1,
+                                   const NodePredicateBase * p2,
                                    const NodePredicateBase * p3)
 {
   this->AddPredicate(p1);
@@ -76,7 +78,8 @@ NodePredicateOr::NodePredicateOr(const NodePredicateBase * p1, const NodePredica
   this->AddPredicate(p2);
 }
 
-NodePredicateOr::NodePredicateOr(const NodePredicateBase * p1, const NodePredicateBase * p2,
+NodePredicateOr::NodePredicateOr(const NodePredicateBase * p1,
+                                 const NodePredicateBase * p2,
                                  const NodePredicateBase * p3)
 {
   this->AddPredicate(p1);
@@ -105,8 +108,8 @@ NodePredicateNot::NodePredicateNot(const NodePredicateBase * predicate)
 {
   if (!predicate)
   {
-    throw itk::InvalidArgumentError(__FILE__, __LINE__, "NodePredicateNot: the predicate is null",
-                                    "lumo::NodePredicateNot::NodePredicateNot");
+    throw itk::InvalidArgumentError(
+      __FILE__, __LINE__, "NodePredicateNot: the predicate is null", "lumo::NodePredicateNot::NodePredicateNot");
   }
   this->AddPredicate(predicate);
 }
@@ -121,7 +124,8 @@ NodePredicateNot::CheckNode(const DataNode * node) const
   return !m_ChildPredicates.front()->CheckNode(node);
 }
 
-NodePredicateProperty::NodePredicateProperty(const std::string & key, BaseProperty * property,
+NodePredicateProperty::NodePredicateProperty(const std::string & key,
+                                             BaseProperty * property,
                                              const std::string & rendererName)
   : m_Key(key)
   , m_ValidProperty(property)
@@ -183,13 +187,12 @@ DataStorage::Add(DataNode * node, const SetOfObjects * sources)
 {
   if (!node)
   {
-    throw itk::InvalidArgumentError(__FILE__, __LINE__, "DataStorage::Add: the node is null",
-                                    "lumo::DataStorage::Add");
+    throw itk::InvalidArgumentError(__FILE__, __LINE__, "DataStorage::Add: the node is null", "lumo::DataStorage::Add");
   }
   if (this->Exists(node))
   {
-    throw itk::InvalidArgumentError(__FILE__, __LINE__, "DataStorage::Add: the node is already in the storage",
-                                    "lumo::DataStorage::Add");
+    throw itk::InvalidArgumentError(
+      __FILE__, __LINE__, "DataStorage::Add: the node is already in the storage", "lumo::DataStorage::Add");
   }
   Entry entry;
   entry.node = node;
@@ -199,13 +202,13 @@ DataStorage::Add(DataNode * node, const SetOfObjects * sources)
     {
       if (source.IsNull())
       {
-        throw itk::InvalidArgumentError(__FILE__, __LINE__, "DataStorage::Add: a source node is null",
-                                        "lumo::DataStorage::Add");
+        throw itk::InvalidArgumentError(
+          __FILE__, __LINE__, "DataStorage::Add: a source node is null", "lumo::DataStorage::Add");
       }
       if (!this->Exists(source))
       {
-        throw itk::InvalidArgumentError(__FILE__, __LINE__, "DataStorage::Add: a source node is not in the storage",
-                                        "lumo::DataStorage::Add");
+        throw itk::InvalidArgumentError(
+          __FILE__, __LINE__, "DataStorage::Add: a source node is not in the storage", "lumo::DataStorage::Add");
       }
       if (std::find(entry.sources.begin(), entry.sources.end(), source) == entry.sources.end())
       {
@@ -277,7 +280,7 @@ DataStorage::SetOfObjects::ConstPointer
 Filter(const std::vector<DataNode::Pointer> & nodes, const NodePredicateBase * condition)
 {
   DataStorage::SetOfObjects::Pointer result = DataStorage::SetOfObjects::New();
-  unsigned int                       index = 0;
+  unsigned int index = 0;
   for (const DataNode::Pointer & node : nodes)
   {
     if (!condition || condition->CheckNode(node))
@@ -311,11 +314,11 @@ DataStorage::SetOfObjects::ConstPointer
 DataStorage::GetSources(const DataNode * node, const NodePredicateBase * condition, bool onlyDirectSources) const
 {
   std::vector<DataNode::Pointer> found;
-  const Entry *                  start = this->FindEntry(node);
+  const Entry * start = this->FindEntry(node);
   if (start)
   {
     // Breadth first: nearest sources first, each node once.
-    std::set<const DataNode *>     seen{ node };
+    std::set<const DataNode *> seen{ node };
     std::vector<DataNode::Pointer> frontier = start->sources;
     while (!frontier.empty())
     {
@@ -343,13 +346,14 @@ DataStorage::GetSources(const DataNode * node, const NodePredicateBase * conditi
 }
 
 DataStorage::SetOfObjects::ConstPointer
-DataStorage::GetDerivations(const DataNode * node, const NodePredicateBase * condition,
+DataStorage::GetDerivations(const DataNode * node,
+                            const NodePredicateBase * condition,
                             bool onlyDirectDerivations) const
 {
   std::vector<DataNode::Pointer> found;
   if (this->FindEntry(node))
   {
-    std::set<const DataNode *>   seen{ node };
+    std::set<const DataNode *> seen{ node };
     std::vector<const DataNode *> frontier{ node };
     while (!frontier.empty())
     {

@@ -55,11 +55,11 @@ public:
   /** The sources of the node (with onlyDirectSources false: their sources too, transitively, each once, nearest
    *  first), filtered by the predicate when given. Empty for a node not in the storage. */
   SetOfObjects::ConstPointer
-  GetSources(const DataNode * node, const NodePredicateBase * condition = nullptr,
-             bool onlyDirectSources = true) const;
+  GetSources(const DataNode * node, const NodePredicateBase * condition = nullptr, bool onlyDirectSources = true) const;
   /** The nodes that have this node as a source (transitively when onlyDirectDerivations is false). */
   SetOfObjects::ConstPointer
-  GetDerivations(const DataNode * node, const NodePredicateBase * condition = nullptr,
+  GetDerivations(const DataNode * node,
+                 const NodePredicateBase * condition = nullptr,
                  bool onlyDirectDerivations = true) const;
 
   /** The first node for which the predicate holds, or null. */
@@ -91,7 +91,7 @@ protected:
 
   struct Entry
   {
-    DataNode::Pointer              node;
+    DataNode::Pointer node;
     std::vector<DataNode::Pointer> sources;
   };
   const Entry *

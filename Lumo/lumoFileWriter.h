@@ -57,7 +57,7 @@ protected:
   std::string m_FileName;
   std::string m_FilePrefix;
   std::string m_FilePattern;
-  bool        m_Success{ false };
+  bool m_Success{ false };
 };
 } // namespace lumo
 

@@ -259,8 +259,8 @@ Geometry3D::SetSpacing(const Vector3D & spacing)
   {
     if (!(spacing[axis] > 0.0) || !std::isfinite(spacing[axis]))
     {
-      throw itk::InvalidArgumentError(__FILE__, __LINE__, "Geometry3D: spacing components must be positive",
-                                      "lumo::Geometry3D::SetSpacing");
+      throw itk::InvalidArgumentError(
+        __FILE__, __LINE__, "Geometry3D: spacing components must be positive", "lumo::Geometry3D::SetSpacing");
     }
   }
   const DirectionType direction = this->GetDirection();
@@ -409,7 +409,7 @@ itk::LightObject::Pointer
 Geometry3D::InternalClone() const
 {
   itk::LightObject::Pointer clone = this->CreateAnother();
-  auto *                    geometry = dynamic_cast<Geometry3D *>(clone.GetPointer());
+  auto * geometry = dynamic_cast<Geometry3D *>(clone.GetPointer());
   if (geometry)
   {
     this->CopyValuesTo(geometry);
@@ -443,7 +443,9 @@ Geometry3D::PrintSelf(std::ostream & os, itk::Indent indent) const
 SlicedGeometry3D::SlicedGeometry3D() = default;
 
 void
-SlicedGeometry3D::InitializeImage(const SizeType & size, const Vector3D & spacing, const Point3D & origin,
+SlicedGeometry3D::InitializeImage(const SizeType & size,
+                                  const Vector3D & spacing,
+                                  const Point3D & origin,
                                   const DirectionType & direction)
 {
   m_Size = size;
@@ -585,7 +587,7 @@ void
 TimeSlicedGeometry::UpdateBounds()
 {
   BoundsArrayType total;
-  bool            first = true;
+  bool first = true;
   for (const auto & geometry : m_Geometries)
   {
     geometry->UpdateBounds();

@@ -158,11 +158,11 @@ protected:
   void
   TransformChanged();
 
-  BoundsArrayType              m_Bounds;
-  vtkMatrix4x4 *               m_Matrix;
+  BoundsArrayType m_Bounds;
+  vtkMatrix4x4 * m_Matrix;
   vtkMatrixToLinearTransform * m_Transform;
-  Vector3D                     m_Spacing;
-  bool                         m_ImageGeometry{ false };
+  Vector3D m_Spacing;
+  bool m_ImageGeometry{ false };
 };
 } // namespace lumo
 

@@ -62,8 +62,9 @@ DataNodeFactory::GetOutput()
 DataNode *
 DataNodeFactory::GetOutput(DataObjectPointerArraySizeType index)
 {
-  return index < this->GetNumberOfIndexedOutputs() ? dynamic_cast<DataNode *>(this->itk::ProcessObject::GetOutput(index))
-                                                   : nullptr;
+  return index < this->GetNumberOfIndexedOutputs()
+           ? dynamic_cast<DataNode *>(this->itk::ProcessObject::GetOutput(index))
+           : nullptr;
 }
 
 void
@@ -78,7 +79,8 @@ DataNodeFactory::Update()
 }
 
 bool
-DataNodeFactory::CanReadFile(const std::string & fileName, const std::string & filePrefix,
+DataNodeFactory::CanReadFile(const std::string & fileName,
+                             const std::string & filePrefix,
                              const std::string & filePattern)
 {
   for (const IOAdapterBase::Pointer & adapter : RegisteredIOAdapters())
@@ -97,18 +99,20 @@ DataNodeFactory::GenerateData()
   const std::string & fileName = m_FileName;
   if (fileName.empty() && m_FilePrefix.empty() && m_FilePattern.empty())
   {
-    throw itk::ExceptionObject(__FILE__, __LINE__, "DataNodeFactory: no file name given",
-                               "lumo::DataNodeFactory::GenerateData");
+    throw itk::ExceptionObject(
+      __FILE__, __LINE__, "DataNodeFactory: no file name given", "lumo::DataNodeFactory::GenerateData");
   }
   std::error_code error;
   if (m_FilePrefix.empty() && m_FilePattern.empty() && !std::filesystem::exists(fileName, error))
   {
-    throw itk::ExceptionObject(__FILE__, __LINE__, "DataNodeFactory: the file '" + fileName + "' does not exist",
+    throw itk::ExceptionObject(__FILE__,
+                               __LINE__,
+                               "DataNodeFactory: the file '" + fileName + "' does not exist",
                                "lumo::DataNodeFactory::GenerateData");
   }
 
   std::vector<BaseData::Pointer> data;
-  bool                           read = false;
+  bool read = false;
   for (const IOAdapterBase::Pointer & adapter : RegisteredIOAdapters())
   {
     if (!adapter->CanReadFile(fileName, m_FilePrefix, m_FilePattern))
@@ -148,7 +152,9 @@ DataNodeFactory::GenerateData()
     }
     else
     {
-      throw itk::ExceptionObject(__FILE__, __LINE__, "DataNodeFactory: no reader for the file '" + fileName + "'",
+      throw itk::ExceptionObject(__FILE__,
+                                 __LINE__,
+                                 "DataNodeFactory: no reader for the file '" + fileName + "'",
                                  "lumo::DataNodeFactory::GenerateData");
     }
   }
@@ -182,8 +188,9 @@ BaseDataSerializer::~BaseDataSerializer() = default;
 std::string
 BaseDataSerializer::Serialize()
 {
-  LUMO_ERROR << this->GetNameOfClass() << " cannot serialize the object at " << static_cast<const void *>(m_Data.GetPointer())
-             << ": no serializer for " << (m_Data ? m_Data->GetNameOfClass() : "a null object");
+  LUMO_ERROR << this->GetNameOfClass() << " cannot serialize the object at "
+             << static_cast<const void *>(m_Data.GetPointer()) << ": no serializer for "
+             << (m_Data ? m_Data->GetNameOfClass() : "a null object");
   return std::string();
 }
 
@@ -194,9 +201,10 @@ BaseDataSerializer::GetUniqueFilenameInWorkingDirectory()
   for (;;)
   {
     const std::string stem = generator.GetUID();
-    bool              taken = false;
-    std::error_code   error;
-    const std::filesystem::path directory = m_WorkingDirectory.empty() ? std::filesystem::path(".") : std::filesystem::path(m_WorkingDirectory);
+    bool taken = false;
+    std::error_code error;
+    const std::filesystem::path directory =
+      m_WorkingDirectory.empty() ? std::filesystem::path(".") : std::filesystem::path(m_WorkingDirectory);
     for (std::filesystem::directory_iterator it(directory, error), end; !error && it != end; it.increment(error))
     {
       if (it->path().filename().string().compare(0, stem.size(), stem) == 0)

@@ -26,7 +26,8 @@ public:
 
   /** A new reader with file name, prefix and pattern set. */
   virtual BaseProcess::Pointer
-  CreateIOProcessObject(const std::string & fileName, const std::string & filePrefix,
+  CreateIOProcessObject(const std::string & fileName,
+                        const std::string & filePrefix,
                         const std::string & filePattern) = 0;
 
   virtual bool
@@ -47,7 +48,8 @@ public:
   itkFactorylessNewMacro(Self);
 
   BaseProcess::Pointer
-  CreateIOProcessObject(const std::string & fileName, const std::string & filePrefix,
+  CreateIOProcessObject(const std::string & fileName,
+                        const std::string & filePrefix,
                         const std::string & filePattern) override
   {
     typename T::Pointer ioProcessObject = T::New();

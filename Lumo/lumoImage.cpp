@@ -55,31 +55,36 @@ Image::NormalizePixelType(PixelComponentType type)
 }
 
 void
-Image::Initialize(PixelComponentType type, const SizeType & size, const Vector3D & spacing, const Point3D & origin,
-                  const DirectionType & direction, unsigned int dimension)
+Image::Initialize(PixelComponentType type,
+                  const SizeType & size,
+                  const Vector3D & spacing,
+                  const Point3D & origin,
+                  const DirectionType & direction,
+                  unsigned int dimension)
 {
   type = NormalizePixelType(type);
   if (!IsSupportedPixelType(type))
   {
-    throw itk::InvalidArgumentError(__FILE__, __LINE__,
+    throw itk::InvalidArgumentError(__FILE__,
+                                    __LINE__,
                                     std::string("Image::Initialize: unsupported pixel type ") +
                                       itk::ImageIOBase::GetComponentTypeAsString(type),
                                     "lumo::Image::Initialize");
   }
   if (size[0] == 0 || size[1] == 0 || size[2] == 0)
   {
-    throw itk::InvalidArgumentError(__FILE__, __LINE__, "Image::Initialize: every size must be > 0",
-                                    "lumo::Image::Initialize");
+    throw itk::InvalidArgumentError(
+      __FILE__, __LINE__, "Image::Initialize: every size must be > 0", "lumo::Image::Initialize");
   }
   if (dimension != 2 && dimension != 3)
   {
-    throw itk::InvalidArgumentError(__FILE__, __LINE__, "Image::Initialize: the dimension must be 2 or 3",
-                                    "lumo::Image::Initialize");
+    throw itk::InvalidArgumentError(
+      __FILE__, __LINE__, "Image::Initialize: the dimension must be 2 or 3", "lumo::Image::Initialize");
   }
   if (dimension == 2 && size[2] != 1)
   {
-    throw itk::InvalidArgumentError(__FILE__, __LINE__, "Image::Initialize: a 2-D image must have size 1 along z",
-                                    "lumo::Image::Initialize");
+    throw itk::InvalidArgumentError(
+      __FILE__, __LINE__, "Image::Initialize: a 2-D image must have size 1 along z", "lumo::Image::Initialize");
   }
   SlicedGeometry3D::Pointer geometry = SlicedGeometry3D::New();
   geometry->InitializeImage(size, spacing, origin, direction); // checks the spacing
@@ -88,8 +93,8 @@ Image::Initialize(PixelComponentType type, const SizeType & size, const Vector3D
   DispatchPixelType(type, [&](auto * tag) {
     using T = std::remove_pointer_t<decltype(tag)>;
     using ItkImageType = itk::Image<T, 3>;
-    typename ItkImageType::Pointer   itkImage = ItkImageType::New();
-    typename ItkImageType::SizeType  itkSize;
+    typename ItkImageType::Pointer itkImage = ItkImageType::New();
+    typename ItkImageType::SizeType itkSize;
     typename ItkImageType::IndexType start;
     for (unsigned int i = 0; i < 3; ++i)
     {
@@ -127,8 +132,8 @@ Image::InitializeByItkImage(itk::ImageBase<3> * itkImage, unsigned int dimension
 {
   if (!itkImage)
   {
-    throw itk::InvalidArgumentError(__FILE__, __LINE__, "Image::InitializeByItkImage: the itk::Image is null",
-                                    "lumo::Image::InitializeByItkImage");
+    throw itk::InvalidArgumentError(
+      __FILE__, __LINE__, "Image::InitializeByItkImage: the itk::Image is null", "lumo::Image::InitializeByItkImage");
   }
   PixelComponentType found = itk::IOComponentEnum::UNKNOWNCOMPONENTTYPE;
   for (auto candidate : { itk::IOComponentEnum::UCHAR,
@@ -146,7 +151,8 @@ Image::InitializeByItkImage(itk::ImageBase<3> * itkImage, unsigned int dimension
   }
   if (found == itk::IOComponentEnum::UNKNOWNCOMPONENTTYPE)
   {
-    throw itk::InvalidArgumentError(__FILE__, __LINE__,
+    throw itk::InvalidArgumentError(__FILE__,
+                                    __LINE__,
                                     "Image::InitializeByItkImage: the itk::Image has an unsupported pixel type",
                                     "lumo::Image::InitializeByItkImage");
   }
@@ -154,7 +160,8 @@ Image::InitializeByItkImage(itk::ImageBase<3> * itkImage, unsigned int dimension
   const auto & buffered = itkImage->GetBufferedRegion();
   if (region != buffered || region.GetNumberOfPixels() == 0)
   {
-    throw itk::InvalidArgumentError(__FILE__, __LINE__,
+    throw itk::InvalidArgumentError(__FILE__,
+                                    __LINE__,
                                     "Image::InitializeByItkImage: the itk::Image must be allocated as a whole",
                                     "lumo::Image::InitializeByItkImage");
   }
@@ -165,12 +172,13 @@ Image::InitializeByItkImage(itk::ImageBase<3> * itkImage, unsigned int dimension
   }
   if (dimension != 3 && !(dimension == 2 && size[2] == 1))
   {
-    throw itk::InvalidArgumentError(__FILE__, __LINE__,
+    throw itk::InvalidArgumentError(__FILE__,
+                                    __LINE__,
                                     "Image::InitializeByItkImage: the dimension must be 3, or 2 with size 1 along z",
                                     "lumo::Image::InitializeByItkImage");
   }
   Vector3D spacing;
-  Point3D  origin;
+  Point3D origin;
   for (unsigned int i = 0; i < 3; ++i)
   {
     spacing[i] = itkImage->GetSpacing()[i];
@@ -266,13 +274,14 @@ Image::GetPixelValueAsDouble(unsigned int x, unsigned int y, unsigned int z) con
 {
   if (!m_ItkImage || x >= m_Size[0] || y >= m_Size[1] || z >= m_Size[2])
   {
-    throw itk::InvalidArgumentError(__FILE__, __LINE__, "Image::GetPixelValueAsDouble: index outside the image",
+    throw itk::InvalidArgumentError(__FILE__,
+                                    __LINE__,
+                                    "Image::GetPixelValueAsDouble: index outside the image",
                                     "lumo::Image::GetPixelValueAsDouble");
   }
   double value = 0.0;
   VisitHeld(m_PixelType, m_ItkImage, [&](auto * itkImage) {
-    const std::size_t offset =
-      x + static_cast<std::size_t>(m_Size[0]) * (y + static_cast<std::size_t>(m_Size[1]) * z);
+    const std::size_t offset = x + static_cast<std::size_t>(m_Size[0]) * (y + static_cast<std::size_t>(m_Size[1]) * z);
     value = static_cast<double>(itkImage->GetBufferPointer()[offset]);
   });
   return value;

@@ -44,8 +44,12 @@ public:
   /** Allocates a zeroed image. dimension is 2 or 3 (2 requires size[2] == 1). Throws itk::InvalidArgumentError for
    *  an unsupported pixel type, a zero size, a bad dimension or a non-positive spacing. */
   void
-  Initialize(PixelComponentType type, const SizeType & size, const Vector3D & spacing, const Point3D & origin,
-             const DirectionType & direction, unsigned int dimension = 3);
+  Initialize(PixelComponentType type,
+             const SizeType & size,
+             const Vector3D & spacing,
+             const Point3D & origin,
+             const DirectionType & direction,
+             unsigned int dimension = 3);
   /** Spacing 1, origin 0, identity direction. */
   void
   Initialize(PixelComponentType type, const SizeType & size, unsigned int dimension = 3);
@@ -127,7 +131,7 @@ public:
   void
   Clear() override;
 
-  /** Shares voxels and geometry of another lumo::Image. */
+  /** Shares the voxels and copies the geometry of another lumo::Image. */
   void
   Graft(const itk::DataObject * data) override;
 
@@ -144,10 +148,10 @@ protected:
   void
   PrintSelf(std::ostream & os, itk::Indent indent) const override;
 
-  PixelComponentType        m_PixelType;
-  unsigned int              m_Dimension{ 0 };
-  SizeType                  m_Size{ { 0, 0, 0 } };
-  itk::DataObject::Pointer  m_ItkImage;
+  PixelComponentType m_PixelType;
+  unsigned int m_Dimension{ 0 };
+  SizeType m_Size{ { 0, 0, 0 } };
+  itk::DataObject::Pointer m_ItkImage;
 };
 } // namespace lumo
 

@@ -96,8 +96,9 @@ DispatchPixelType(itk::IOComponentEnum type, TFunctor && f)
   }
 }
 
-/** The held itk::Image<TPixel, 3> of the image (TPixel as DispatchPixelType names it: CHAR is signed char), with spacing, origin and direction taken from the image's
- *  geometry. Throws itk::InvalidArgumentError for a null or uninitialised image or another pixel type. */
+/** The held itk::Image<TPixel, 3> of the image (TPixel as DispatchPixelType names it: CHAR is signed char), with
+ * spacing, origin and direction taken from the image's geometry. Throws itk::InvalidArgumentError for a null or
+ * uninitialised image or another pixel type. */
 template <typename TPixel>
 typename itk::Image<TPixel, 3>::Pointer
 ImageToItkImage(const Image * image)
@@ -105,8 +106,8 @@ ImageToItkImage(const Image * image)
   using ItkImageType = itk::Image<TPixel, 3>;
   if (!image || !image->IsInitialized())
   {
-    throw itk::InvalidArgumentError(__FILE__, __LINE__, "ImageToItkImage: the image is null or not initialized",
-                                    "lumo::ImageToItkImage");
+    throw itk::InvalidArgumentError(
+      __FILE__, __LINE__, "ImageToItkImage: the image is null or not initialized", "lumo::ImageToItkImage");
   }
   auto * typed = dynamic_cast<ItkImageType *>(image->GetItkImageBase());
   if (!typed)
@@ -117,10 +118,10 @@ ImageToItkImage(const Image * image)
                                       ", not the requested one",
                                     "lumo::ImageToItkImage");
   }
-  typename ItkImageType::SpacingType   spacing;
-  typename ItkImageType::PointType     origin;
-  const Vector3D                      s = image->GetSpacing();
-  const Point3D                       o = image->GetOrigin();
+  typename ItkImageType::SpacingType spacing;
+  typename ItkImageType::PointType origin;
+  const Vector3D s = image->GetSpacing();
+  const Point3D o = image->GetOrigin();
   for (unsigned int i = 0; i < 3; ++i)
   {
     spacing[i] = s[i];
@@ -140,8 +141,8 @@ AccessByItk(const Image * image, TFunctor && f)
 {
   if (!image || !image->IsInitialized())
   {
-    throw itk::InvalidArgumentError(__FILE__, __LINE__, "AccessByItk: the image is null or not initialized",
-                                    "lumo::AccessByItk");
+    throw itk::InvalidArgumentError(
+      __FILE__, __LINE__, "AccessByItk: the image is null or not initialized", "lumo::AccessByItk");
   }
   DispatchPixelType(image->GetPixelType(), [&](auto * tag) {
     using T = std::remove_pointer_t<decltype(tag)>;

@@ -33,6 +33,14 @@ ThrowWrite(const std::string & fileName, const std::string & what, unsigned int 
 }
 } // namespace
 
+void
+RegisterImageIOFactories()
+{
+  // The registration itself is done by the static object of itkImageIOFactoryRegisterManager.h (included through
+  // itkImageFileReader.h in this translation unit) before main; calling this function links the translation unit
+  // into programs that use no other function of it.
+}
+
 bool
 CanReadImageFile(const std::string & fileName)
 {
@@ -74,8 +82,8 @@ ReadImageFile(const std::string & fileName)
               __LINE__);
   }
   const itk::IOComponentEnum componentType = Image::NormalizePixelType(io->GetComponentType());
-  Image::Pointer             image;
-  const bool                 supported = DispatchPixelType(componentType, [&](auto * tag) {
+  Image::Pointer image;
+  const bool supported = DispatchPixelType(componentType, [&](auto * tag) {
     using T = std::remove_pointer_t<decltype(tag)>;
     using ReaderType = itk::ImageFileReader<itk::Image<T, 3>>;
     typename ReaderType::Pointer reader = ReaderType::New();
@@ -103,8 +111,7 @@ CanWriteImageFile(const std::string & fileName)
   {
     return false;
   }
-  itk::ImageIOBase::Pointer io =
-    itk::ImageIOFactory::CreateImageIO(fileName.c_str(), itk::IOFileModeEnum::WriteMode);
+  itk::ImageIOBase::Pointer io = itk::ImageIOFactory::CreateImageIO(fileName.c_str(), itk::IOFileModeEnum::WriteMode);
   return io.IsNotNull();
 }
 

@@ -10,6 +10,12 @@
 
 namespace lumo
 {
+/** Makes sure ITK's ImageIO factories of the formats below are registered with itk::ImageIOFactory. The
+ *  registration happens when this part of the library is linked in; code that uses itk::ImageFileReader or
+ *  itk::ImageFileWriter directly, without any lumo image function, calls this once first. Idempotent. */
+void
+RegisterImageIOFactories();
+
 /** Whether one of ITK's registered ImageIOs (itk::ImageIOFactory) can read the file: NRRD, NIfTI (.nii,
  *  .nii.gz, .hdr), MetaImage (.mhd, .mha), GIPL, PNG, JPEG, TIFF, BMP, VTK structured points, and any format
  *  registered later as an ITK ImageIO (such as the Pic format). */

@@ -23,7 +23,8 @@ public:
   Image *
   GetOutput(DataObjectPointerArraySizeType index);
 
-  /** Shares the voxels and geometry of the given image with output 0 (a mini-pipeline hands its result over). */
+  /** Output 0 shares the voxels and takes a copy of the geometry of the given image (a mini-pipeline hands its
+   *  result over). */
   virtual void
   GraftOutput(Image * graft);
   virtual void

@@ -146,9 +146,9 @@ CastToIpPicDescriptor(const Image * image)
   }
   std::memcpy(pic->data, image->GetData(), bytes);
   const Vector3D spacing = image->GetSpacing();
-  const Point3D  origin = image->GetOrigin();
-  const double   spacingValues[3] = { spacing[0], spacing[1], spacing[2] };
-  const double   originValues[3] = { origin[0], origin[1], origin[2] };
+  const Point3D origin = image->GetOrigin();
+  const double spacingValues[3] = { spacing[0], spacing[1], spacing[2] };
+  const double originValues[3] = { origin[0], origin[1], origin[2] };
   lumoIpPicSetVectorTag(pic, lumoIpPicTagSpacing, spacingValues);
   lumoIpPicSetVectorTag(pic, lumoIpPicTagOrigin, originValues);
   return pic;
@@ -184,7 +184,7 @@ CastToImageDescriptor(const lumoIpPicDescriptor * pic)
     originValues[0] = originValues[1] = originValues[2] = 0.0;
   }
   Vector3D spacing;
-  Point3D  origin;
+  Point3D origin;
   for (unsigned int i = 0; i < 3; ++i)
   {
     spacing[i] = spacingValues[i];

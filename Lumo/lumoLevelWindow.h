@@ -103,7 +103,7 @@ private:
   ScalarType m_DefaultWindow;
   ScalarType m_RangeMin{ 0.0 };
   ScalarType m_RangeMax{ 255.0 };
-  bool       m_Fixed{ false };
+  bool m_Fixed{ false };
 };
 } // namespace lumo
 

@@ -90,8 +90,8 @@ public:
   }
 
 private:
-  Logger::Level      m_Level;
-  bool               m_Enabled;
+  Logger::Level m_Level;
+  bool m_Enabled;
   std::ostringstream m_Stream;
 };
 } // namespace lumo

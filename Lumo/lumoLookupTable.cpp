@@ -129,7 +129,7 @@ itk::LightObject::Pointer
 LookupTable::InternalClone() const
 {
   itk::LightObject::Pointer clone = this->CreateAnother();
-  auto *                    table = dynamic_cast<LookupTable *>(clone.GetPointer());
+  auto * table = dynamic_cast<LookupTable *>(clone.GetPointer());
   if (table)
   {
     *table = *this;

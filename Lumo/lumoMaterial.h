@@ -105,16 +105,16 @@ protected:
   Material(const Color & color, double opacity);
   ~Material() override = default;
 
-  std::string        m_Name;
-  Color              m_Color;
-  double             m_ColorCoefficient{ 1.0 };
-  Color              m_SpecularColor;
-  double             m_SpecularCoefficient{ 1.0 };
-  double             m_SpecularPower{ 10.0 };
-  double             m_Opacity{ 1.0 };
-  InterpolationType  m_Interpolation{ Gouraud };
+  std::string m_Name;
+  Color m_Color;
+  double m_ColorCoefficient{ 1.0 };
+  Color m_SpecularColor;
+  double m_SpecularCoefficient{ 1.0 };
+  double m_SpecularPower{ 10.0 };
+  double m_Opacity{ 1.0 };
+  InterpolationType m_Interpolation{ Gouraud };
   RepresentationType m_Representation{ Surface };
-  double             m_LineWidth{ 1.0 };
+  double m_LineWidth{ 1.0 };
 };
 } // namespace lumo
 

@@ -12,8 +12,7 @@ public:
   lumoClassMacro(NodePredicateAnd, NodePredicateCompositeBase);
   itkFactorylessNewMacro(Self);
   lumoNewMacro2Param(NodePredicateAnd, const NodePredicateBase *, const NodePredicateBase *);
-  lumoNewMacro3Param(NodePredicateAnd, const NodePredicateBase *, const NodePredicateBase *,
-                     const NodePredicateBase *);
+  lumoNewMacro3Param(NodePredicateAnd, const NodePredicateBase *, const NodePredicateBase *, const NodePredicateBase *);
 
   bool
   CheckNode(const DataNode * node) const override;

@@ -12,8 +12,7 @@ public:
   lumoClassMacro(NodePredicateOr, NodePredicateCompositeBase);
   itkFactorylessNewMacro(Self);
   lumoNewMacro2Param(NodePredicateOr, const NodePredicateBase *, const NodePredicateBase *);
-  lumoNewMacro3Param(NodePredicateOr, const NodePredicateBase *, const NodePredicateBase *,
-                     const NodePredicateBase *);
+  lumoNewMacro3Param(NodePredicateOr, const NodePredicateBase *, const NodePredicateBase *, const NodePredicateBase *);
 
   bool
   CheckNode(const DataNode * node) const override;

@@ -34,13 +34,14 @@ public:
   }
 
 protected:
-  explicit NodePredicateProperty(const std::string & key, BaseProperty * property = nullptr,
+  explicit NodePredicateProperty(const std::string & key,
+                                 BaseProperty * property = nullptr,
                                  const std::string & rendererName = "");
   ~NodePredicateProperty() override = default;
 
-  std::string           m_Key;
+  std::string m_Key;
   BaseProperty::Pointer m_ValidProperty;
-  std::string           m_RendererName;
+  std::string m_RendererName;
 };
 } // namespace lumo
 

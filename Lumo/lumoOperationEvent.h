@@ -19,7 +19,9 @@ class OperationEvent
 {
 public:
   /** Takes ownership of both operations (either may be null). */
-  OperationEvent(OperationActor * actor, Operation * operation, Operation * inverseOperation,
+  OperationEvent(OperationActor * actor,
+                 Operation * operation,
+                 Operation * inverseOperation,
                  std::string description = "");
   ~OperationEvent();
   OperationEvent(const OperationEvent &) = delete;
@@ -55,11 +57,11 @@ public:
   ExecuteInverseOperation();
 
 private:
-  OperationActor *           m_Actor;
-  itk::Object::Pointer       m_ActorReference;
+  OperationActor * m_Actor;
+  itk::Object::Pointer m_ActorReference;
   std::unique_ptr<Operation> m_Operation;
   std::unique_ptr<Operation> m_InverseOperation;
-  std::string                m_Description;
+  std::string m_Description;
 };
 } // namespace lumo
 

@@ -87,7 +87,8 @@ PointSet::GetPoint(PointIdentifier id, TimeStepType t) const
   Point3D point;
   if (!this->GetPointIfExists(id, point, t))
   {
-    throw itk::InvalidArgumentError(__FILE__, __LINE__,
+    throw itk::InvalidArgumentError(__FILE__,
+                                    __LINE__,
                                     "PointSet::GetPoint: no point " + std::to_string(id) + " at time step " +
                                       std::to_string(t),
                                     "lumo::PointSet::GetPoint");
@@ -193,7 +194,7 @@ constexpr unsigned long MaximumTimeSteps = 100000;
 std::string
 NumberToText(double value)
 {
-  char       buffer[64];
+  char buffer[64];
   const auto result = std::to_chars(buffer, buffer + sizeof(buffer), value);
   return std::string(buffer, result.ptr);
 }
@@ -208,8 +209,8 @@ public:
   [[noreturn]] void
   Fail(const tinyxml2::XMLNode * node, const std::string & what) const
   {
-    const std::string message =
-      "Malformed point set file '" + m_FileName + "', line " + std::to_string(node ? node->GetLineNum() : 0) + ": " + what;
+    const std::string message = "Malformed point set file '" + m_FileName + "', line " +
+                                std::to_string(node ? node->GetLineNum() : 0) + ": " + what;
     throw itk::ExceptionObject(__FILE__, __LINE__, message, "lumo::ReadPointSetFile");
   }
 
@@ -246,12 +247,13 @@ public:
   Unsigned(const tinyxml2::XMLElement * element, const char * name, unsigned long maximum) const
   {
     const std::string text = Required(element, name);
-    unsigned long     value = 0;
-    const auto        result = std::from_chars(text.data(), text.data() + text.size(), value);
+    unsigned long value = 0;
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
     if (text.empty() || result.ec != std::errc() || result.ptr != text.data() + text.size() || value > maximum)
     {
-      Fail(element, std::string("attribute \"") + name + "\" of <" + element->Name() + "> is \"" + text +
-                      "\", not an integer from 0 to " + std::to_string(maximum));
+      Fail(element,
+           std::string("attribute \"") + name + "\" of <" + element->Name() + "> is \"" + text +
+             "\", not an integer from 0 to " + std::to_string(maximum));
     }
     return value;
   }
@@ -260,12 +262,13 @@ public:
   Coordinate(const tinyxml2::XMLElement * element, const char * name) const
   {
     const std::string text = Required(element, name);
-    double            value = 0.0;
-    const auto        result = std::from_chars(text.data(), text.data() + text.size(), value);
+    double value = 0.0;
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
     if (text.empty() || result.ec != std::errc() || result.ptr != text.data() + text.size() || !std::isfinite(value))
     {
-      Fail(element, std::string("attribute \"") + name + "\" of <" + element->Name() + "> is \"" + text +
-                      "\", not a finite number");
+      Fail(element,
+           std::string("attribute \"") + name + "\" of <" + element->Name() + "> is \"" + text +
+             "\", not a finite number");
     }
     return value;
   }
@@ -287,8 +290,9 @@ public:
       }
       if (std::string(element->Name()) != allowed)
       {
-        Fail(element, std::string("unexpected element <") + element->Name() + "> in <" + parent->Value() +
-                        ">, expected <" + allowed + ">");
+        Fail(element,
+             std::string("unexpected element <") + element->Name() + "> in <" + parent->Value() + ">, expected <" +
+               allowed + ">");
       }
     }
   }
@@ -309,7 +313,7 @@ public:
     }
     CheckChildren(root, "TimeStep");
 
-    PointSet::Pointer       pointSet = PointSet::New();
+    PointSet::Pointer pointSet = PointSet::New();
     std::set<unsigned long> steps;
     for (const tinyxml2::XMLElement * step = root->FirstChildElement("TimeStep"); step;
          step = step->NextSiblingElement("TimeStep"))
@@ -363,7 +367,8 @@ ReadPointSetFile(const std::string & fileName)
   std::error_code error;
   if (fileName.empty() || !std::filesystem::is_regular_file(fileName, error))
   {
-    throw itk::ExceptionObject(__FILE__, __LINE__,
+    throw itk::ExceptionObject(__FILE__,
+                               __LINE__,
                                "Could not read point set '" + fileName + "': the file does not exist",
                                "lumo::ReadPointSetFile");
   }
@@ -371,7 +376,8 @@ ReadPointSetFile(const std::string & fileName)
   if (document.LoadFile(fileName.c_str()) != tinyxml2::XML_SUCCESS)
   {
     const char * detail = document.ErrorStr();
-    throw itk::ExceptionObject(__FILE__, __LINE__,
+    throw itk::ExceptionObject(__FILE__,
+                               __LINE__,
                                "Could not read point set '" + fileName + "': not well-formed XML (" +
                                  (detail ? detail : "unknown error") + ")",
                                "lumo::ReadPointSetFile");
@@ -384,7 +390,9 @@ WritePointSetFile(const PointSet * pointSet, const std::string & fileName)
 {
   if (!pointSet)
   {
-    throw itk::ExceptionObject(__FILE__, __LINE__, "Could not write point set '" + fileName + "': the point set is null",
+    throw itk::ExceptionObject(__FILE__,
+                               __LINE__,
+                               "Could not write point set '" + fileName + "': the point set is null",
                                "lumo::WritePointSetFile");
   }
   tinyxml2::XMLDocument document;
@@ -410,7 +418,8 @@ WritePointSetFile(const PointSet * pointSet, const std::string & fileName)
   if (document.SaveFile(fileName.c_str()) != tinyxml2::XML_SUCCESS)
   {
     const char * detail = document.ErrorStr();
-    throw itk::ExceptionObject(__FILE__, __LINE__,
+    throw itk::ExceptionObject(__FILE__,
+                               __LINE__,
                                "Could not write point set '" + fileName + "': " + (detail ? detail : "write failed"),
                                "lumo::WritePointSetFile");
   }

@@ -49,7 +49,7 @@ public:
   Expand(unsigned int timeSteps) override;
   void
   Clear() override;
-  /** Copies the points and shares the geometry of another PointSet. */
+  /** Copies the points and the geometry of another PointSet. */
   void
   Graft(const itk::DataObject * data) override;
 

@@ -51,9 +51,9 @@ private:
 
   unsigned int m_TotalSteps{ 0 };
   unsigned int m_StepsDone{ 0 };
-  int          m_LastPercent{ -1 };
-  bool         m_Quiet{ false };
-  bool         m_LineOpen{ false };
+  int m_LastPercent{ -1 };
+  bool m_Quiet{ false };
+  bool m_LineOpen{ false };
 };
 } // namespace lumo
 

@@ -98,7 +98,7 @@ itk::LightObject::Pointer
 BaseProperty::InternalClone() const
 {
   itk::LightObject::Pointer clone = this->CreateAnother();
-  auto *                    property = dynamic_cast<BaseProperty *>(clone.GetPointer());
+  auto * property = dynamic_cast<BaseProperty *>(clone.GetPointer());
   if (property)
   {
     property->Assign(*this);
@@ -166,8 +166,8 @@ bool
 LevelWindow::operator==(const LevelWindow & other) const
 {
   return m_Level == other.m_Level && m_Window == other.m_Window && m_DefaultLevel == other.m_DefaultLevel &&
-         m_DefaultWindow == other.m_DefaultWindow && m_RangeMin == other.m_RangeMin &&
-         m_RangeMax == other.m_RangeMax && m_Fixed == other.m_Fixed;
+         m_DefaultWindow == other.m_DefaultWindow && m_RangeMin == other.m_RangeMin && m_RangeMax == other.m_RangeMax &&
+         m_Fixed == other.m_Fixed;
 }
 
 // ---------------------------------------------------------------------------------------------------------------
@@ -347,9 +347,9 @@ GroupTagProperty::GetValueAsString() const
 
 namespace
 {
-const char * const ScalarModeNames[] = { "Default",       "PointData", "CellData", "PointFieldData",
-                                         "CellFieldData", "FieldData" };
-constexpr int      NumberOfScalarModes = 6;
+const char * const ScalarModeNames[] = { "Default",        "PointData",     "CellData",
+                                         "PointFieldData", "CellFieldData", "FieldData" };
+constexpr int NumberOfScalarModes = 6;
 } // namespace
 
 VtkScalarModeProperty::VtkScalarModeProperty(int mode)

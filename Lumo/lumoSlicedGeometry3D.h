@@ -20,7 +20,9 @@ public:
   using SizeType = std::array<unsigned int, 3>;
 
   void
-  InitializeImage(const SizeType & size, const Vector3D & spacing, const Point3D & origin,
+  InitializeImage(const SizeType & size,
+                  const Vector3D & spacing,
+                  const Point3D & origin,
                   const DirectionType & direction);
   /** Identity direction, spacing 1, origin 0. */
   void

@@ -149,7 +149,7 @@ Surface::CalculateBounds(TimeStepType t)
   {
     return;
   }
-  double       bounds[6] = { 0, 0, 0, 0, 0, 0 };
+  double bounds[6] = { 0, 0, 0, 0, 0, 0 };
   vtkPolyData * polyData = this->GetVtkPolyData(t);
   if (polyData && polyData->GetNumberOfPoints() > 0)
   {
@@ -244,14 +244,17 @@ private:
     }
   }
 
-  vtkSmartPointer<vtkCallbackCommand>                    m_Callback = vtkSmartPointer<vtkCallbackCommand>::New();
-  std::vector<std::pair<vtkObject *, unsigned long>>     m_Observed;
-  bool                                                   m_Error{ false };
-  std::string                                            m_Message;
+  vtkSmartPointer<vtkCallbackCommand> m_Callback = vtkSmartPointer<vtkCallbackCommand>::New();
+  std::vector<std::pair<vtkObject *, unsigned long>> m_Observed;
+  bool m_Error{ false };
+  std::string m_Message;
 };
 
 [[noreturn]] void
-ThrowSurface(const char * verb, const std::string & fileName, const std::string & what, const std::string & detail,
+ThrowSurface(const char * verb,
+             const std::string & fileName,
+             const std::string & what,
+             const std::string & detail,
              unsigned int line)
 {
   std::string message = std::string("Could not ") + verb + " surface '" + fileName + "': " + what;

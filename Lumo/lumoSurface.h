@@ -33,7 +33,7 @@ public:
   Expand(unsigned int timeSteps) override;
   void
   Clear() override;
-  /** Shares the poly data and geometry of another Surface. */
+  /** Shares the poly data and copies the geometry of another Surface. */
   void
   Graft(const itk::DataObject * data) override;
   void

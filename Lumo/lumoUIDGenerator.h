@@ -30,7 +30,7 @@ public:
   }
 
 private:
-  std::string  m_Prefix;
+  std::string m_Prefix;
   unsigned int m_Length;
 };
 } // namespace lumo

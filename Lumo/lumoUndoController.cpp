@@ -5,7 +5,9 @@
 
 namespace lumo
 {
-OperationEvent::OperationEvent(OperationActor * actor, Operation * operation, Operation * inverseOperation,
+OperationEvent::OperationEvent(OperationActor * actor,
+                               Operation * operation,
+                               Operation * inverseOperation,
                                std::string description)
   : m_Actor(actor)
   , m_ActorReference(dynamic_cast<itk::Object *>(actor))

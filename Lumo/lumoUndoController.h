@@ -83,7 +83,7 @@ public:
 private:
   std::vector<std::unique_ptr<OperationEvent>> m_UndoStack;
   std::vector<std::unique_ptr<OperationEvent>> m_RedoStack;
-  bool                                         m_Enabled{ true };
+  bool m_Enabled{ true };
 };
 } // namespace lumo
 

@@ -93,13 +93,19 @@ Logger::Write(Level level, const std::string & message)
   {
     return;
   }
-  std::lock_guard<std::mutex> lock(LogMutex());
-  if (LogSink())
+  Sink sink;
   {
-    LogSink()(level, message);
+    std::lock_guard<std::mutex> lock(LogMutex());
+    sink = LogSink();
+  }
+  if (sink)
+  {
+    // Called without the lock held: a sink may log itself.
+    sink(level, message);
     return;
   }
   const std::string line = FormatLine(level, message) + "\n";
+  std::lock_guard<std::mutex> lock(LogMutex());
   std::fwrite(line.data(), 1, line.size(), stderr);
   std::fflush(stderr);
 }
@@ -141,7 +147,7 @@ UIDEngine()
 {
   static std::mt19937_64 engine = [] {
     std::random_device device;
-    std::seed_seq      seed{ static_cast<std::uint64_t>(device()),
+    std::seed_seq seed{ static_cast<std::uint64_t>(device()),
                         static_cast<std::uint64_t>(device()),
                         static_cast<std::uint64_t>(
                           std::chrono::high_resolution_clock::now().time_since_epoch().count()),
@@ -158,7 +164,9 @@ UIDGenerator::UIDGenerator(const char * prefix, unsigned int length)
 {
   if (length == 0)
   {
-    throw itk::InvalidArgumentError(__FILE__, __LINE__, "UIDGenerator: the length of the random part must be > 0",
+    throw itk::InvalidArgumentError(__FILE__,
+                                    __LINE__,
+                                    "UIDGenerator: the length of the random part must be > 0",
                                     "lumo::UIDGenerator::UIDGenerator");
   }
 }
@@ -293,9 +301,9 @@ ProgressBar::Draw()
   }
   m_LastPercent = percent;
   constexpr int width = 40;
-  const int     filled = percent * width / 100;
-  char          line[width + 16];
-  int           pos = 0;
+  const int filled = percent * width / 100;
+  char line[width + 16];
+  int pos = 0;
   line[pos++] = '\r';
   line[pos++] = '[';
   for (int i = 0; i < width; ++i)

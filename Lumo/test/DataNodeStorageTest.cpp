@@ -62,8 +62,8 @@ TEST(DataNodeTest, RendererListsFallBackToTheGeneralList)
 
 TEST(DataNodeTest, ReplacePropertyAndAddProperty)
 {
-  DataNode::Pointer     node = DataNode::New();
-  IntProperty::Pointer  layer = IntProperty::New(1);
+  DataNode::Pointer node = DataNode::New();
+  IntProperty::Pointer layer = IntProperty::New(1);
   node->SetProperty("layer", layer, "2d");
   node->SetProperty("layer", IntProperty::New(5), "2d"); // same class: assigned into the existing object
   EXPECT_EQ(node->GetProperty("layer", "2d"), layer.GetPointer());
@@ -267,7 +267,7 @@ protected:
   }
 
   DataStorage::Pointer storage;
-  DataNode::Pointer    image, surface, points, helper, derived;
+  DataNode::Pointer image, surface, points, helper, derived;
 };
 
 TEST_F(DataStorageTest, AllInInsertionOrderAndManagedFlag)
@@ -286,9 +286,9 @@ TEST_F(DataStorageTest, SubsetsWithAndNotPropertyPredicates)
 {
   // What the scene writer saves: NOT("helper object" == true) AND has "IsDataStoreManaged".
   NodePredicateProperty::Pointer isHelper = NodePredicateProperty::New("helper object", BoolProperty::New(true));
-  NodePredicateNot::Pointer      notHelper = NodePredicateNot::New(isHelper);
+  NodePredicateNot::Pointer notHelper = NodePredicateNot::New(isHelper);
   NodePredicateProperty::Pointer managed = NodePredicateProperty::New("IsDataStoreManaged");
-  NodePredicateAnd::Pointer      saved = NodePredicateAnd::New(notHelper, managed);
+  NodePredicateAnd::Pointer saved = NodePredicateAnd::New(notHelper, managed);
   EXPECT_EQ(Names(storage->GetSubset(saved)), (std::vector<std::string>{ "image", "surface", "points", "derived" }));
   EXPECT_EQ(Names(storage->GetSubset(isHelper)), std::vector<std::string>{ "helper" });
 
@@ -304,8 +304,7 @@ TEST_F(DataStorageTest, SubsetsWithAndNotPropertyPredicates)
   EXPECT_EQ(storage->GetSubset(NodePredicateProperty::New("helper object", IntProperty::New(1)))->Size(), 0u);
   // A renderer-specific value wins for that renderer.
   helper->SetBoolProperty("helper object", false, "3d");
-  EXPECT_EQ(storage->GetSubset(NodePredicateProperty::New("helper object", BoolProperty::New(true), "3d"))->Size(),
-            0u);
+  EXPECT_EQ(storage->GetSubset(NodePredicateProperty::New("helper object", BoolProperty::New(true), "3d"))->Size(), 0u);
   EXPECT_EQ(storage->GetNode(isSurface), surface.GetPointer());
   // Empty And is true, empty Or false, and null nodes fail every predicate.
   EXPECT_EQ(storage->GetSubset(NodePredicateAnd::New())->Size(), 5u);
@@ -321,8 +320,7 @@ TEST_F(DataStorageTest, SourcesAndDerivations)
   EXPECT_EQ(Names(storage->GetSources(derived, NodePredicateDataType::New("PointSet"))),
             std::vector<std::string>{ "points" });
   EXPECT_EQ(Names(storage->GetDerivations(image)), std::vector<std::string>{ "surface" });
-  EXPECT_EQ(Names(storage->GetDerivations(image, nullptr, false)),
-            (std::vector<std::string>{ "surface", "derived" }));
+  EXPECT_EQ(Names(storage->GetDerivations(image, nullptr, false)), (std::vector<std::string>{ "surface", "derived" }));
   EXPECT_EQ(storage->GetSources(image)->Size(), 0u);
   EXPECT_EQ(storage->GetSources(MakeNode("outside"))->Size(), 0u);
 

@@ -88,9 +88,9 @@ protected:
   void
   GenerateData() override
   {
-    auto *        output = dynamic_cast<PointSet *>(this->GetOutputData(0));
+    auto * output = dynamic_cast<PointSet *>(this->GetOutputData(0));
     std::ifstream in(m_FileName);
-    double        x, y, z;
+    double x, y, z;
     while (in >> x >> y >> z)
     {
       Point3D p;
@@ -124,7 +124,10 @@ public:
 protected:
   TestIOFactory()
   {
-    this->RegisterOverride("lumoIOAdapter", "lumoTestTextReader", "lumo Test IO", true,
+    this->RegisterOverride("lumoIOAdapter",
+                           "lumoTestTextReader",
+                           "lumo Test IO",
+                           true,
                            itk::CreateObjectFunction<IOAdapter<TestTextReader>>::New());
   }
 };
@@ -186,7 +189,7 @@ TEST(IOAdapterTest, RegistrationIsFoundThroughCreateAllInstance)
       EXPECT_TRUE(adapter->CanReadFile("a/b.TST", "", ""));
       EXPECT_FALSE(adapter->CanReadFile("a/b.txt", "", ""));
       BaseProcess::Pointer reader = adapter->CreateIOProcessObject("x.tst", "pre", "pat");
-      auto *               textReader = dynamic_cast<TestTextReader *>(reader.GetPointer());
+      auto * textReader = dynamic_cast<TestTextReader *>(reader.GetPointer());
       ASSERT_NE(textReader, nullptr);
       EXPECT_STREQ(textReader->GetFileName(), "x.tst");
       EXPECT_STREQ(textReader->GetFilePrefix(), "pre");
@@ -199,7 +202,7 @@ TEST(IOAdapterTest, RegistrationIsFoundThroughCreateAllInstance)
 TEST(DataNodeFactoryTest, RegisteredAdaptersComeFirst)
 {
   lumotest::TemporaryDirectory directory;
-  const std::string            file = directory.File("seeds.tst");
+  const std::string file = directory.File("seeds.tst");
   std::ofstream(file) << "1 2 3\n4 5 6\n";
   EXPECT_FALSE(DataNodeFactory::CanReadFile(file));
   ScopedTestFactory registration;
@@ -217,7 +220,7 @@ TEST(DataNodeFactoryTest, RegisteredAdaptersComeFirst)
 TEST(DataNodeFactoryTest, MissingFileAndUnknownType)
 {
   lumotest::TemporaryDirectory directory;
-  const std::string            missing = directory.File("missing.nrrd");
+  const std::string missing = directory.File("missing.nrrd");
   EXPECT_EQ(FactoryError(missing), "DataNodeFactory: the file '" + missing + "' does not exist");
   const std::string unknown = directory.File("notes.xyz");
   std::ofstream(unknown) << "nothing to read\n";
@@ -230,7 +233,7 @@ TEST(DataNodeFactoryTest, SurfacesAndPointSetsAndLaziness)
 {
   lumotest::TemporaryDirectory directory;
   vtkSmartPointer<vtkPolyData> polyData = vtkSmartPointer<vtkPolyData>::New();
-  vtkSmartPointer<vtkPoints>   points = vtkSmartPointer<vtkPoints>::New();
+  vtkSmartPointer<vtkPoints> points = vtkSmartPointer<vtkPoints>::New();
   points->InsertNextPoint(1, 2, 3);
   polyData->SetPoints(points);
   Surface::Pointer surface = Surface::New();
@@ -261,8 +264,8 @@ TEST(DataNodeFactoryTest, SurfacesAndPointSetsAndLaziness)
 
 TEST(BaseDataSerializerTest, UniqueNamesAndLookUp)
 {
-  lumotest::TemporaryDirectory   directory;
-  BaseDataSerializer::Pointer    serializer = BaseDataSerializer::New();
+  lumotest::TemporaryDirectory directory;
+  BaseDataSerializer::Pointer serializer = BaseDataSerializer::New();
   serializer->SetWorkingDirectory(directory.Path().string());
   serializer->SetFilenameHint("tree");
   const std::string a = serializer->GetUniqueFilenameInWorkingDirectory();
@@ -272,9 +275,8 @@ TEST(BaseDataSerializerTest, UniqueNamesAndLookUp)
 
   // The base class cannot serialize: an error line and "".
   std::vector<std::string> lines;
-  Logger::SetSink([&](Logger::Level level, const std::string & message) {
-    lines.push_back(Logger::FormatLine(level, message));
-  });
+  Logger::SetSink(
+    [&](Logger::Level level, const std::string & message) { lines.push_back(Logger::FormatLine(level, message)); });
   serializer->SetData(PointSet::New());
   EXPECT_EQ(serializer->Serialize(), "");
   Logger::SetSink(nullptr);
@@ -282,4 +284,18 @@ TEST(BaseDataSerializerTest, UniqueNamesAndLookUp)
   EXPECT_EQ(lines[0].rfind("[error] BaseDataSerializer cannot serialize the object at ", 0), 0u) << lines[0];
 
   EXPECT_FALSE(BaseDataSerializer::CreateForData(PointSet::New()));
+}
+
+TEST(FileNamesTest, ExtensionsAndNames)
+{
+  EXPECT_EQ(GetFileExtension("a/B.NII.GZ"), ".nii.gz");
+  EXPECT_EQ(GetFileExtension("c.vtp"), ".vtp");
+  EXPECT_EQ(GetFileExtension("dir.d/noext"), "");
+  EXPECT_EQ(GetFileExtension(".hidden"), "");
+  EXPECT_EQ(GetFileNameWithoutExtension("/data/liver.nii.gz"), "liver");
+  EXPECT_EQ(GetFileNameWithoutExtension("tree.ves"), "tree");
+  EXPECT_EQ(GetDirectoryOfPath("/data/liver.nii.gz"), "/data");
+  EXPECT_EQ(GetDirectoryOfPath("liver.nii.gz"), "");
+  EXPECT_TRUE(EndsWithNoCase("B.VES", ".ves"));
+  EXPECT_FALSE(EndsWithNoCase("s", ".ves"));
 }

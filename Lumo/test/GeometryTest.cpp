@@ -53,7 +53,7 @@ RotationZ90()
 TEST(GeometryTest, NewGeometryIsIdentityWithUnitBounds)
 {
   Geometry3D::Pointer geometry = Geometry3D::New();
-  const auto &        bounds = geometry->GetBounds();
+  const auto & bounds = geometry->GetBounds();
   for (unsigned int i = 0; i < 6; ++i)
   {
     EXPECT_EQ(bounds[i], i % 2 == 0 ? 0.0 : 1.0);
@@ -67,7 +67,7 @@ TEST(GeometryTest, NewGeometryIsIdentityWithUnitBounds)
 TEST(GeometryTest, SetBoundsOrdersEachAxis)
 {
   Geometry3D::Pointer geometry = Geometry3D::New();
-  const double        bounds[6] = { 10, 0, -1, 1, 5, 5 };
+  const double bounds[6] = { 10, 0, -1, 1, 5, 5 };
   geometry->SetFloatBounds(bounds);
   EXPECT_EQ(geometry->GetBounds()[0], 0.0);
   EXPECT_EQ(geometry->GetBounds()[1], 10.0);
@@ -145,7 +145,7 @@ TEST(GeometryTest, MatrixSetsSpacingAndOrigin)
 TEST(GeometryTest, WorldBoundsCenterAndInside)
 {
   Geometry3D::Pointer geometry = Geometry3D::New();
-  const double        bounds[6] = { 0, 10, 0, 20, 0, 30 };
+  const double bounds[6] = { 0, 10, 0, 20, 0, 30 };
   geometry->SetFloatBounds(bounds);
   geometry->SetSpacing(V(2, 1, 1));
   geometry->SetOrigin(P(5, 0, 0));
@@ -277,4 +277,40 @@ TEST(BaseProcessTest, PipelineIsLazy)
   source->ResizeOutputs(3);
   EXPECT_EQ(source->GetNumberOfIndexedOutputs(), 3u);
   EXPECT_STREQ(source->GetOutputData(2)->GetNameOfClass(), "Surface");
+}
+
+namespace
+{
+/** A geometry whose bounds follow a content box, as the vessel tree geometry follows its tree. */
+class ContentGeometry : public Geometry3D
+{
+public:
+  lumoClassMacro(ContentGeometry, Geometry3D);
+  itkFactorylessNewMacro(Self);
+  double extent{ 1.0 };
+  int updates{ 0 };
+  void
+  UpdateBounds() override
+  {
+    ++updates;
+    BoundsArrayType bounds;
+    bounds.Fill(0.0);
+    bounds[1] = extent;
+    this->SetBounds(bounds);
+  }
+};
+} // namespace
+
+TEST(GeometryTest, BoundsUpdateHookRunsOnUpdateOutputInformation)
+{
+  Surface::Pointer data = Surface::New();
+  ContentGeometry::Pointer geometry = ContentGeometry::New();
+  data->SetGeometry(geometry);
+  geometry->extent = 42.0;
+  data->UpdateOutputInformation();
+  EXPECT_GE(geometry->updates, 1);
+  EXPECT_EQ(data->GetGeometry()->GetBounds()[1], 42.0);
+  EXPECT_EQ(data->GetTimeSlicedGeometry()->GetBounds()[1], 42.0);
+  geometry->extent = 7.0;
+  EXPECT_EQ(data->GetUpdatedGeometry()->GetBounds()[1], 7.0);
 }

@@ -15,8 +15,8 @@ public:
   TemporaryDirectory()
   {
     std::random_device device;
-    std::mt19937_64    engine(device() ^ static_cast<std::uint64_t>(
-                                           std::chrono::steady_clock::now().time_since_epoch().count()));
+    std::mt19937_64 engine(device() ^
+                           static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count()));
     for (;;)
     {
       m_Path = std::filesystem::temp_directory_path() / ("lumo-test-" + std::to_string(engine()));

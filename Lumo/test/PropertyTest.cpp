@@ -47,7 +47,8 @@ TEST(PropertyTest, ValueAsStringExactForms)
   Material::Pointer material = Material::New();
   material->SetColor(1.0f, 0.0f, 0.0f);
   material->SetOpacity(0.5);
-  EXPECT_EQ(material->GetValueAsString(), "color [1, 0, 0], opacity 0.5, interpolation Gouraud, representation Surface");
+  EXPECT_EQ(material->GetValueAsString(),
+            "color [1, 0, 0], opacity 0.5, interpolation Gouraud, representation Surface");
   EXPECT_EQ(MaterialProperty::New(*material)->GetValueAsString(), material->GetValueAsString());
 }
 
@@ -94,7 +95,7 @@ TEST(PropertyTest, IsEqualComparesClassAndValue)
 TEST(PropertyTest, AssignCopiesOnlyWithinTheClass)
 {
   IntProperty::Pointer target = IntProperty::New(1);
-  const auto           before = target->GetMTime();
+  const auto before = target->GetMTime();
   EXPECT_TRUE(target->Assign(*IntProperty::New(7)));
   EXPECT_EQ(target->GetValue(), 7);
   EXPECT_GT(target->GetMTime(), before);
@@ -108,7 +109,7 @@ TEST(PropertyTest, AssignCopiesOnlyWithinTheClass)
   EXPECT_EQ(s->GetValue(), "y");
 
   MaterialProperty::Pointer m = MaterialProperty::New();
-  Material::Pointer         red = Material::New();
+  Material::Pointer red = Material::New();
   red->SetColor(1.0f, 0.0f, 0.0f);
   red->SetName("red");
   EXPECT_TRUE(m->Assign(*MaterialProperty::New(*red)));
@@ -126,7 +127,7 @@ TEST(PropertyTest, CloneGivesAnEqualIndependentObject)
 {
   ColorProperty::Pointer color = ColorProperty::New(0.2f, 0.4f, 0.6f);
   itk::LightObject::Pointer copy = color->Clone();
-  auto *                     clone = dynamic_cast<ColorProperty *>(copy.GetPointer());
+  auto * clone = dynamic_cast<ColorProperty *>(copy.GetPointer());
   ASSERT_NE(clone, nullptr);
   EXPECT_NE(clone, color.GetPointer());
   EXPECT_TRUE(clone->IsEqual(*color));

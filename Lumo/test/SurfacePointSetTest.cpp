@@ -29,7 +29,7 @@ Tetrahedron()
   points->InsertNextPoint(0.0, 20.25, 0.0);
   points->InsertNextPoint(0.0, 0.0, -5.0);
   vtkSmartPointer<vtkCellArray> triangles = vtkSmartPointer<vtkCellArray>::New();
-  const vtkIdType               cells[4][3] = { { 0, 2, 1 }, { 0, 1, 3 }, { 0, 3, 2 }, { 1, 2, 3 } };
+  const vtkIdType cells[4][3] = { { 0, 2, 1 }, { 0, 1, 3 }, { 0, 3, 2 }, { 1, 2, 3 } };
   for (const auto & cell : cells)
   {
     triangles->InsertNextCell(3, cell);
@@ -101,7 +101,7 @@ TEST(SurfaceTest, PolyDataPerTimeStepAndBounds)
 TEST(SurfaceIOTest, RoundTripVtpVtkStl)
 {
   lumotest::TemporaryDirectory directory;
-  Surface::Pointer             surface = Surface::New();
+  Surface::Pointer surface = Surface::New();
   surface->SetVtkPolyData(Tetrahedron());
   for (const std::string name : { "tetra.vtp", "tetra.vtk", "tetra.stl", "TETRA.STL" })
   {
@@ -118,7 +118,7 @@ TEST(SurfaceIOTest, RoundTripVtpVtkStl)
 TEST(SurfaceIOTest, Errors)
 {
   lumotest::TemporaryDirectory directory;
-  const std::string            missing = directory.File("missing.vtp");
+  const std::string missing = directory.File("missing.vtp");
   try
   {
     ReadSurfaceFile(missing);
@@ -163,7 +163,7 @@ TEST(PointSetTest, PointsPerTimeStep)
 TEST(PointSetIOTest, MpsRoundTrip)
 {
   lumotest::TemporaryDirectory directory;
-  PointSet::Pointer            pointSet = PointSet::New();
+  PointSet::Pointer pointSet = PointSet::New();
   pointSet->InsertPoint(0, P(0.1, -2.5, 1e-7));
   pointSet->InsertPoint(7, P(1.0 / 3.0, 12345.678901234567, -0.0));
   pointSet->InsertPoint(2, P(4, 5, 6), 2); // step 1 stays empty
@@ -220,18 +220,20 @@ TEST_F(MalformedMpsTest, EveryAttributeIsChecked)
             Prefix(4) + "attribute \"id\" of <Point> is \"-1\", not an integer from 0 to 4294967295");
   EXPECT_EQ(ReadError(head + "<Point id=\"0\" x=\"1\" y=\"2\" z=\"3\" w=\"4\"/>\n" + tail),
             Prefix(4) + "unexpected attribute \"w\" on <Point>");
-  EXPECT_EQ(ReadError(head + "<Point id=\"1\" x=\"1\" y=\"2\" z=\"3\"/>\n<Point id=\"1\" x=\"1\" y=\"2\" z=\"3\"/>\n" +
-                      tail),
-            Prefix(5) + "point id 1 appears twice in time step 0");
-  EXPECT_EQ(ReadError(head + "<Pt id=\"0\"/>\n" + tail), Prefix(4) + "unexpected element <Pt> in <TimeStep>, expected <Point>");
+  EXPECT_EQ(
+    ReadError(head + "<Point id=\"1\" x=\"1\" y=\"2\" z=\"3\"/>\n<Point id=\"1\" x=\"1\" y=\"2\" z=\"3\"/>\n" + tail),
+    Prefix(5) + "point id 1 appears twice in time step 0");
+  EXPECT_EQ(ReadError(head + "<Pt id=\"0\"/>\n" + tail),
+            Prefix(4) + "unexpected element <Pt> in <TimeStep>, expected <Point>");
   EXPECT_EQ(ReadError("<?xml version=\"1.0\"?>\n<LumoPointSet version=\"2\"/>\n"),
             Prefix(2) + "unsupported version \"2\", expected \"1\"");
   EXPECT_EQ(ReadError("<?xml version=\"1.0\"?>\n<LumoPointSet/>\n"),
             Prefix(2) + "<LumoPointSet> without attribute \"version\"");
   EXPECT_EQ(ReadError("<?xml version=\"1.0\"?>\n<point_set_file/>\n"),
             Prefix(2) + "the root element is <point_set_file>, expected <LumoPointSet>");
-  EXPECT_EQ(ReadError("<?xml version=\"1.0\"?>\n<LumoPointSet version=\"1\">\n<TimeStep index=\"x\"/>\n</LumoPointSet>"),
-            Prefix(3) + "attribute \"index\" of <TimeStep> is \"x\", not an integer from 0 to 99999");
+  EXPECT_EQ(
+    ReadError("<?xml version=\"1.0\"?>\n<LumoPointSet version=\"1\">\n<TimeStep index=\"x\"/>\n</LumoPointSet>"),
+    Prefix(3) + "attribute \"index\" of <TimeStep> is \"x\", not an integer from 0 to 99999");
   EXPECT_EQ(ReadError("<?xml version=\"1.0\"?>\n<LumoPointSet version=\"1\">\n<TimeStep index=\"0\"/>\n"
                       "<TimeStep index=\"0\"/>\n</LumoPointSet>"),
             Prefix(4) + "time step 0 appears twice");

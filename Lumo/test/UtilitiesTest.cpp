@@ -52,7 +52,7 @@ public:
       history.push_back(value);
     }
   }
-  int              value{ 0 };
+  int value{ 0 };
   std::vector<int> history;
 };
 
@@ -69,8 +69,8 @@ SetThroughUndo(UndoController & controller, CounterData * data, int newValue, co
 
 TEST(UndoControllerTest, UndoAndRedoOrder)
 {
-  UndoController        controller;
-  CounterData::Pointer  data = CounterData::New();
+  UndoController controller;
+  CounterData::Pointer data = CounterData::New();
   SetThroughUndo(controller, data, 1, "one");
   SetThroughUndo(controller, data, 2, "two");
   SetThroughUndo(controller, data, 3, "three");
@@ -124,8 +124,8 @@ TEST(UndoControllerTest, EventKeepsItsDataActorAlive)
 
 TEST(UIDGeneratorTest, LengthPrefixAndUniqueness)
 {
-  UIDGenerator            generator("OBJECT_", 8);
-  std::set<std::string>   seen;
+  UIDGenerator generator("OBJECT_", 8);
+  std::set<std::string> seen;
   for (int i = 0; i < 2000; ++i)
   {
     const std::string uid = generator.GetUID();
@@ -157,7 +157,7 @@ std::string
 CaptureStderr(TFunction && function)
 {
   lumotest::TemporaryDirectory directory;
-  const std::string            file = directory.File("stderr.txt");
+  const std::string file = directory.File("stderr.txt");
   std::fflush(stderr);
   const int saved = ::dup(STDERR_FILENO);
   const int target = ::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
@@ -167,7 +167,7 @@ CaptureStderr(TFunction && function)
   std::fflush(stderr);
   ::dup2(saved, STDERR_FILENO);
   ::close(saved);
-  std::ifstream      in(file);
+  std::ifstream in(file);
   std::ostringstream text;
   text << in.rdbuf();
   return text.str();
@@ -202,16 +202,18 @@ TEST(LoggerTest, LinesLevelsAndSink)
   const std::string written = CaptureStderr([] {
     LUMO_INFO << "ArboCoreObjectFactory c'tor";
     LUMO_WARN << "odd spacing " << 0.5;
-    LUMO_ERROR << "lumo::VesselTreeDataSerializer::Serialize" << " Object at 0x1 is not an lumo::VesselTreeData.";
+    LUMO_ERROR << "lumo::VesselTreeDataSerializer::Serialize"
+               << " Object at 0x1 is not an lumo::VesselTreeData.";
     Logger::SetLevel(Logger::Level::Warning);
     LUMO_INFO << "dropped";
     LUMO_WARN << "kept";
     Logger::SetLevel(Logger::Level::Info);
   });
-  EXPECT_EQ(written, "[info] ArboCoreObjectFactory c'tor\n"
-                     "[warning] odd spacing 0.5\n"
-                     "[error] lumo::VesselTreeDataSerializer::Serialize Object at 0x1 is not an lumo::VesselTreeData.\n"
-                     "[warning] kept\n");
+  EXPECT_EQ(written,
+            "[info] ArboCoreObjectFactory c'tor\n"
+            "[warning] odd spacing 0.5\n"
+            "[error] lumo::VesselTreeDataSerializer::Serialize Object at 0x1 is not an lumo::VesselTreeData.\n"
+            "[warning] kept\n");
 
   std::vector<std::pair<Logger::Level, std::string>> received;
   Logger::SetSink([&](Logger::Level level, const std::string & message) { received.emplace_back(level, message); });
@@ -259,13 +261,13 @@ public:
 TEST(ItkWarningFormatTest, ExactText)
 {
   CapturingOutputWindow::Pointer window = CapturingOutputWindow::New();
-  itk::OutputWindow::Pointer     previous = itk::OutputWindow::GetInstance();
+  itk::OutputWindow::Pointer previous = itk::OutputWindow::GetInstance();
   itk::OutputWindow::SetInstance(window);
   const bool globalWarnings = itk::Object::GetGlobalWarningDisplay();
   itk::Object::GlobalWarningDisplayOn();
 
   Warner::Pointer warner = Warner::New();
-  const int       line = warner->Warn();
+  const int line = warner->Warn();
 
   std::ostringstream expected;
   expected << "WARNING: In " << __FILE__ << ", line " << line << "\n"
