@@ -1,0 +1,124 @@
+// libFuzzer entry for the Pic reader. Every input goes through the memory reader and, written to a scratch file,
+// through the file reader; both must agree. An accepted file must be canonical: writing it again gives the same bytes
+// (after decompression for gzip input) and reading those gives the same descriptor.
+
+#include "lumoIpPicFile.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace
+{
+// A failed invariant must look like a crash to the fuzzer.
+void
+require(bool condition)
+{
+  if (!condition)
+  {
+    std::abort();
+  }
+}
+
+// One scratch file per process, rewritten for every input.
+const std::string &
+scratchPath()
+{
+  static const std::string path = [] {
+    const char * base = std::getenv("TMPDIR");
+    std::string pattern = std::string(base != nullptr && *base != '\0' ? base : "/tmp") + "/pic-fuzz-XXXXXX";
+    std::vector<char> name(pattern.begin(), pattern.end());
+    name.push_back('\0');
+    const int fd = ::mkstemp(name.data());
+    require(fd >= 0);
+    ::close(fd);
+    std::string made = name.data();
+    std::atexit([] { ::unlink(scratchPath().c_str()); });
+    return made;
+  }();
+  return path;
+}
+
+void
+writeScratch(const std::uint8_t * data, std::size_t size)
+{
+  const int fd = ::open(scratchPath().c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
+  require(fd >= 0);
+  std::size_t done = 0;
+  while (done < size)
+  {
+    const ssize_t put = ::write(fd, data + done, size - done);
+    require(put > 0);
+    done += static_cast<std::size_t>(put);
+  }
+  ::close(fd);
+}
+
+bool
+sameDescriptor(const lumoIpPicDescriptor * a, const lumoIpPicDescriptor * b)
+{
+  if (a->type != b->type || a->bpe != b->bpe || a->dim != b->dim || a->tags.size() != b->tags.size())
+  {
+    return false;
+  }
+  for (std::uint32_t i = 0; i < a->dim; ++i)
+  {
+    if (a->n[i] != b->n[i])
+    {
+      return false;
+    }
+  }
+  for (std::size_t i = 0; i < a->tags.size(); ++i)
+  {
+    const lumoIpPicTag & s = a->tags[i];
+    const lumoIpPicTag & t = b->tags[i];
+    if (s.name != t.name || s.type != t.type || s.bpe != t.bpe || s.value != t.value)
+    {
+      return false;
+    }
+  }
+  return std::memcmp(a->data, b->data, lumoIpPicSize(a)) == 0;
+}
+} // namespace
+
+extern "C" int
+LLVMFuzzerTestOneInput(const std::uint8_t * data, std::size_t size)
+{
+  std::string error;
+  lumoIpPicDescriptor * pic = lumoIpPicGetFromMemory(data, size, &error);
+
+  writeScratch(data, size);
+  std::string fileError;
+  lumoIpPicDescriptor * fromFile = lumoIpPicGet(scratchPath(), &fileError);
+  require((pic == nullptr) == (fromFile == nullptr));
+
+  if (pic == nullptr)
+  {
+    // Every refusal says why, and both readers say the same.
+    require(!error.empty());
+    require(fileError == scratchPath() + ": " + error);
+    return 0;
+  }
+  require(error.empty() && fileError.empty());
+  require(lumoIpPicHeaderIsValid(pic) && pic->data != nullptr && lumoIpPicSize(pic) > 0);
+  require(sameDescriptor(pic, fromFile));
+  lumoIpPicFree(fromFile);
+
+  std::vector<unsigned char> again;
+  require(lumoIpPicPutToMemory(pic, &again, &error));
+  const bool gzipped = size >= 2 && data[0] == 0x1f && data[1] == 0x8b;
+  if (!gzipped)
+  {
+    require(again.size() == size && std::memcmp(again.data(), data, size) == 0);
+  }
+  lumoIpPicDescriptor * reread = lumoIpPicGetFromMemory(again.data(), again.size(), &error);
+  require(reread != nullptr && sameDescriptor(pic, reread));
+  lumoIpPicFree(reread);
+  lumoIpPicFree(pic);
+  return 0;
+}
