@@ -126,6 +126,8 @@ public:
   storedBytes() const = 0;
 
   std::string failure;
+  // Set by gzip sources whose stream stops before its end (and its checksum), also when every byte asked for came.
+  bool cutShort{ false };
 };
 
 class MemorySource : public Source
@@ -275,6 +277,9 @@ public:
       }
       if (got == 0)
       {
+        int code = Z_OK;
+        gzerror(m_Gz, &code);
+        cutShort = code == Z_BUF_ERROR; // zlib's "unexpected end of file"
         break;
       }
       done += static_cast<std::size_t>(got);
@@ -369,6 +374,7 @@ public:
         if (m_Stream.avail_in == 0 && m_InputLeft == 0)
         {
           m_Finished = true;
+          cutShort = true;
         }
       }
       else if (code != Z_OK)
@@ -891,6 +897,11 @@ readVoxels(Source & source, void * buffer, std::uint64_t bytes, std::string & er
   if (!source.failure.empty())
   {
     error = source.failure;
+    return false;
+  }
+  if (source.cutShort)
+  {
+    error = "truncated gzip stream: it ends before its checksum";
     return false;
   }
   return true;

@@ -1,6 +1,8 @@
 // libFuzzer entry for the Pic reader. Every input goes through the memory reader and, written to a scratch file,
-// through the file reader; both must agree. An accepted file must be canonical: writing it again gives the same bytes
-// (after decompression for gzip input) and reading those gives the same descriptor.
+// through the file reader; both must accept or refuse it alike, and for plain input with the same reason (zlib's file
+// reader inflates ahead, so for gzip input it may meet a damaged checksum before the header's own fault). An accepted
+// file must be canonical: writing it again gives the same bytes (after decompression for gzip input) and reading those
+// gives the same descriptor.
 
 #include "lumoIpPicFile.h"
 
@@ -96,12 +98,13 @@ LLVMFuzzerTestOneInput(const std::uint8_t * data, std::size_t size)
   std::string fileError;
   lumoIpPicDescriptor * fromFile = lumoIpPicGet(scratchPath(), &fileError);
   require((pic == nullptr) == (fromFile == nullptr));
+  const bool gzipped = size >= 2 && data[0] == 0x1f && data[1] == 0x8b;
 
   if (pic == nullptr)
   {
-    // Every refusal says why, and both readers say the same.
-    require(!error.empty());
-    require(fileError == scratchPath() + ": " + error);
+    // Every refusal says why.
+    require(!error.empty() && !fileError.empty());
+    require(gzipped || fileError == scratchPath() + ": " + error);
     return 0;
   }
   require(error.empty() && fileError.empty());
@@ -111,7 +114,6 @@ LLVMFuzzerTestOneInput(const std::uint8_t * data, std::size_t size)
 
   std::vector<unsigned char> again;
   require(lumoIpPicPutToMemory(pic, &again, &error));
-  const bool gzipped = size >= 2 && data[0] == 0x1f && data[1] == 0x8b;
   if (!gzipped)
   {
     require(again.size() == size && std::memcmp(again.data(), data, size) == 0);

@@ -463,6 +463,15 @@ TEST(PicFileHostile, GzipStreamsAreBoundedDamagedOrCut)
   EXPECT_THAT(error, StartsWith(dir.path("cut.pic.gz") + ": truncated voxel block: got "));
   EXPECT_THAT(error, HasSubstr(" of 131072 bytes"));
 
+  // Complete voxels but no checksum: the gzip trailer (CRC and length, 8 bytes) is missing.
+  const Bytes small = gzipBytes(tinyFile);
+  const Bytes noTrailer(small.begin(), small.end() - 8);
+  writeBytes(dir.path("notrailer.pic.gz"), noTrailer);
+  EXPECT_EQ(lumoIpPicGet(dir.path("notrailer.pic.gz"), &error), nullptr);
+  EXPECT_EQ(error, dir.path("notrailer.pic.gz") + ": truncated gzip stream: it ends before its checksum");
+  EXPECT_EQ(lumoIpPicGetFromMemory(noTrailer.data(), noTrailer.size(), &error), nullptr);
+  EXPECT_EQ(error, "truncated gzip stream: it ends before its checksum");
+
   Bytes damaged = whole;
   // In the middle of the voxels, so that the header still parses and the stream's own check must catch it.
   for (std::size_t i = whole.size() / 2; i < whole.size() / 2 + 60; ++i)

@@ -63,6 +63,7 @@ seeds = {
     "bad-spacing.pic": header(UINT, 8, [1], tag(b"SPACING", FLOAT, 64, floats(1.0, -1.0, 1.0)), 1) + b"\x00",
     "bad-cut.pic.gz": gz(geometry)[:-12],
     "bad-bomb.pic.gz": gz(header(UINT, 8, [1000, 1000, 1000])),
+    "bad-no-trailer.pic.gz": gz(tiny)[:-8],
 }
 
 folder = os.path.join(os.path.dirname(os.path.abspath(__file__)), "pic")
