@@ -6,7 +6,7 @@
 
 #include "lumoIpPicFile.h"
 
-#include <fcntl.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <cstdint>
@@ -27,38 +27,35 @@ require(bool condition)
   }
 }
 
-// One scratch file per process, rewritten for every input.
+// One scratch file per process, rewritten for every input. It lives in memory and has no name on disk, so nothing is
+// left behind however the process ends; the file reader opens it through /proc.
+int
+scratchFile()
+{
+  static const int fd = ::memfd_create("pic-fuzz", MFD_CLOEXEC);
+  require(fd >= 0);
+  return fd;
+}
+
 const std::string &
 scratchPath()
 {
-  static const std::string path = [] {
-    const char * base = std::getenv("TMPDIR");
-    std::string pattern = std::string(base != nullptr && *base != '\0' ? base : "/tmp") + "/pic-fuzz-XXXXXX";
-    std::vector<char> name(pattern.begin(), pattern.end());
-    name.push_back('\0');
-    const int fd = ::mkstemp(name.data());
-    require(fd >= 0);
-    ::close(fd);
-    std::string made = name.data();
-    std::atexit([] { ::unlink(scratchPath().c_str()); });
-    return made;
-  }();
+  static const std::string path = "/proc/self/fd/" + std::to_string(scratchFile());
   return path;
 }
 
 void
 writeScratch(const std::uint8_t * data, std::size_t size)
 {
-  const int fd = ::open(scratchPath().c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
-  require(fd >= 0);
+  const int fd = scratchFile();
+  require(::ftruncate(fd, 0) == 0);
   std::size_t done = 0;
   while (done < size)
   {
-    const ssize_t put = ::write(fd, data + done, size - done);
+    const ssize_t put = ::pwrite(fd, data + done, size - done, static_cast<off_t>(done));
     require(put > 0);
     done += static_cast<std::size_t>(put);
   }
-  ::close(fd);
 }
 
 bool
