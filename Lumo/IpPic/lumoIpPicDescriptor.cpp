@@ -9,24 +9,6 @@
 
 namespace
 {
-bool
-kindIsSupported(lumoIpPicType type, std::uint32_t bpe)
-{
-  switch (type)
-  {
-    case lumoIpPicBool:
-    case lumoIpPicASCII:
-      return bpe == 8;
-    case lumoIpPicInt:
-    case lumoIpPicUInt:
-      return bpe == 8 || bpe == 16 || bpe == 32 || bpe == 64;
-    case lumoIpPicFloat:
-      return bpe == 32 || bpe == 64;
-    default:
-      return false;
-  }
-}
-
 // Calls f with a typed pointer to the elements of a buffer of the given kind.
 template <class F>
 bool
@@ -86,10 +68,26 @@ dispatch(lumoIpPicType type, std::uint32_t bpe, void * data, F && f)
   }
 }
 
+template <class From>
+bool
+isNaN(From value)
+{
+  if constexpr (std::is_floating_point_v<From>)
+  {
+    return std::isnan(value);
+  }
+  return false;
+}
+
 template <class To, class From>
 To
-convertValue(From value)
+convertValue(From value, bool toBool)
 {
+  if (toBool)
+  {
+    // Bool elements are stored in 8 bits; a plain cast would wrap 256 to 0.
+    return (isNaN(value) || value == From(0)) ? To(0) : To(1);
+  }
   if constexpr (std::is_floating_point_v<From> && std::is_integral_v<To>)
   {
     if (std::isnan(value))
@@ -108,6 +106,24 @@ convertValue(From value)
   return static_cast<To>(value);
 }
 } // namespace
+
+bool
+lumoIpPicKindIsSupported(lumoIpPicType type, std::uint32_t bpe)
+{
+  switch (type)
+  {
+    case lumoIpPicBool:
+    case lumoIpPicASCII:
+      return bpe == 8;
+    case lumoIpPicInt:
+    case lumoIpPicUInt:
+      return bpe == 8 || bpe == 16 || bpe == 32 || bpe == 64;
+    case lumoIpPicFloat:
+      return bpe == 32 || bpe == 64;
+    default:
+      return false;
+  }
+}
 
 lumoIpPicDescriptor *
 lumoIpPicNew()
@@ -159,7 +175,7 @@ lumoIpPicElements(const lumoIpPicDescriptor * pic)
 bool
 lumoIpPicHeaderIsValid(const lumoIpPicDescriptor * pic)
 {
-  if (pic == nullptr || pic->dim == 0 || pic->dim > lumoIpPicMaxDim || !kindIsSupported(pic->type, pic->bpe))
+  if (pic == nullptr || pic->dim == 0 || pic->dim > lumoIpPicMaxDim || !lumoIpPicKindIsSupported(pic->type, pic->bpe))
   {
     return false;
   }
@@ -241,7 +257,8 @@ lumoIpPicCopyHeader(const lumoIpPicDescriptor * src, lumoIpPicDescriptor * dst)
   {
     return nullptr;
   }
-  if (dst == nullptr)
+  const bool fresh = dst == nullptr;
+  if (fresh)
   {
     dst = lumoIpPicNew();
     if (dst == nullptr)
@@ -249,11 +266,22 @@ lumoIpPicCopyHeader(const lumoIpPicDescriptor * src, lumoIpPicDescriptor * dst)
       return nullptr;
     }
   }
+  try
+  {
+    dst->tags = src->tags;
+  }
+  catch (const std::bad_alloc &)
+  {
+    if (fresh)
+    {
+      lumoIpPicFree(dst);
+    }
+    return nullptr;
+  }
   dst->type = src->type;
   dst->bpe = src->bpe;
   dst->dim = src->dim;
   std::memcpy(dst->n, src->n, sizeof(dst->n));
-  dst->tags = src->tags;
   return dst;
 }
 
@@ -285,19 +313,26 @@ lumoIpPicClone(const lumoIpPicDescriptor * pic)
 bool
 lumoIpPicAddTag(lumoIpPicDescriptor * pic, const lumoIpPicTag & tag)
 {
-  if (pic == nullptr || tag.name.empty() || tag.name.size() > 32)
+  if (pic == nullptr || tag.name.empty() || tag.name.size() > lumoIpPicMaxTagName)
   {
     return false;
   }
-  for (lumoIpPicTag & existing : pic->tags)
+  try
   {
-    if (existing.name == tag.name)
+    for (lumoIpPicTag & existing : pic->tags)
     {
-      existing = tag;
-      return true;
+      if (existing.name == tag.name)
+      {
+        existing = tag;
+        return true;
+      }
     }
+    pic->tags.push_back(tag);
   }
-  pic->tags.push_back(tag);
+  catch (const std::bad_alloc &)
+  {
+    return false;
+  }
   return true;
 }
 
@@ -339,6 +374,10 @@ lumoIpPicDeleteTag(lumoIpPicDescriptor * pic, const std::string & name)
 bool
 lumoIpPicSetVectorTag(lumoIpPicDescriptor * pic, const std::string & name, const double values[3])
 {
+  if (values == nullptr)
+  {
+    return false;
+  }
   lumoIpPicTag tag;
   tag.name = name;
   tag.type = lumoIpPicFloat;
@@ -353,7 +392,8 @@ bool
 lumoIpPicGetVectorTag(const lumoIpPicDescriptor * pic, const std::string & name, double values[3])
 {
   const lumoIpPicTag * tag = lumoIpPicQueryTag(pic, name);
-  if (tag == nullptr || tag->type != lumoIpPicFloat || tag->bpe != 64 || tag->value.size() != 3 * sizeof(double))
+  if (values == nullptr || tag == nullptr || tag->type != lumoIpPicFloat || tag->bpe != 64 ||
+      tag->value.size() != 3 * sizeof(double))
   {
     return false;
   }
@@ -364,7 +404,7 @@ lumoIpPicGetVectorTag(const lumoIpPicDescriptor * pic, const std::string & name,
 lumoIpPicDescriptor *
 lumoIpPicConvert(const lumoIpPicDescriptor * pic, lumoIpPicType type, std::uint32_t bpe)
 {
-  if (!lumoIpPicHeaderIsValid(pic) || pic->data == nullptr || !kindIsSupported(type, bpe))
+  if (!lumoIpPicHeaderIsValid(pic) || pic->data == nullptr || !lumoIpPicKindIsSupported(type, bpe))
   {
     return nullptr;
   }
@@ -381,12 +421,13 @@ lumoIpPicConvert(const lumoIpPicDescriptor * pic, lumoIpPicType type, std::uint3
     return nullptr;
   }
   const std::size_t count = lumoIpPicElements(pic);
+  const bool toBool = type == lumoIpPicBool;
   bool converted = dispatch(pic->type, pic->bpe, pic->data, [&](auto * in) {
     dispatch(type, bpe, result->data, [&](auto * out) {
       using To = std::remove_pointer_t<decltype(out)>;
       for (std::size_t i = 0; i < count; ++i)
       {
-        out[i] = convertValue<To>(in[i]);
+        out[i] = convertValue<To>(in[i], toBool);
       }
     });
   });
@@ -408,14 +449,24 @@ lumoIpPicExtrema(const lumoIpPicDescriptor * pic, double * minimum, double * max
   const std::size_t count = lumoIpPicElements(pic);
   double lo = std::numeric_limits<double>::infinity();
   double hi = -std::numeric_limits<double>::infinity();
+  bool any = false;
   dispatch(pic->type, pic->bpe, pic->data, [&](auto * in) {
     for (std::size_t i = 0; i < count; ++i)
     {
       const double v = static_cast<double>(in[i]);
+      if (std::isnan(v))
+      {
+        continue;
+      }
+      any = true;
       lo = v < lo ? v : lo;
       hi = v > hi ? v : hi;
     }
   });
+  if (!any)
+  {
+    return false;
+  }
   *minimum = lo;
   *maximum = hi;
   return true;

@@ -37,6 +37,12 @@ struct lumoIpPicTag
 /** Tag names used for the geometry: three 64-bit floats each (x, y, z), spacing in mm, origin in world mm. */
 constexpr const char * lumoIpPicTagSpacing = "SPACING";
 constexpr const char * lumoIpPicTagOrigin = "ORIGIN";
+/** Orientation of the axes: nine 64-bit floats, a 3x3 matrix in row-major order whose column j is the world
+ *  direction of axis j (the convention of itk::ImageBase::GetDirection). Absent means identity. */
+constexpr const char * lumoIpPicTagDirection = "DIRECTION";
+
+/** Longest tag name, in characters. */
+constexpr std::size_t lumoIpPicMaxTagName = 32;
 
 struct lumoIpPicDescriptor
 {
@@ -67,6 +73,11 @@ lumoIpPicElements(const lumoIpPicDescriptor * pic);
 /** Bytes of the voxel buffer (elements times bpe / 8); 0 when the header is not valid or the size overflows. */
 std::size_t
 lumoIpPicSize(const lumoIpPicDescriptor * pic);
+
+/** Whether type and bpe form a supported element kind: bool and ASCII with 8 bits, signed and unsigned integers with
+ *  8, 16, 32 or 64 bits, floating point with 32 or 64 bits. */
+bool
+lumoIpPicKindIsSupported(lumoIpPicType type, std::uint32_t bpe);
 
 /** Whether type and bpe form a supported element kind and the sizes are all > 0 with dim in 1..lumoIpPicMaxDim. */
 bool
@@ -110,12 +121,13 @@ bool
 lumoIpPicGetVectorTag(const lumoIpPicDescriptor * pic, const std::string & name, double values[3]);
 
 /** A new descriptor of the target kind with every element converted (values cast as by static_cast, with float to
- *  integer conversions clamped to the target range and NaN becoming 0). Tags are copied. Null when either kind is
- *  not supported or memory cannot be had. */
+ *  integer conversions clamped to the target range and NaN becoming 0; a bool target holds 1 for every value other
+ *  than 0 and NaN). Tags are copied. Null when either kind is not supported or memory cannot be had. */
 lumoIpPicDescriptor *
 lumoIpPicConvert(const lumoIpPicDescriptor * pic, lumoIpPicType type, std::uint32_t bpe);
 
-/** Smallest and largest element value; false for an empty or invalid descriptor. */
+/** Smallest and largest element value; NaN elements are skipped. False for an empty or invalid descriptor and for
+ *  one whose elements are all NaN. */
 bool
 lumoIpPicExtrema(const lumoIpPicDescriptor * pic, double * minimum, double * maximum);
 
