@@ -8,6 +8,10 @@
 #include "lumoImageAccess.h"
 #include "lumoImageIO.h"
 
+#include "lumoPicImageIOFactory.h"
+
+#include <mutex>
+
 #include <itkImageFileReader.h>
 #include <itkImageFileWriter.h>
 #include <itkImageIOFactory.h>
@@ -36,14 +40,17 @@ ThrowWrite(const std::string & fileName, const std::string & what, unsigned int 
 void
 RegisterImageIOFactories()
 {
-  // The registration itself is done by the static object of itkImageIOFactoryRegisterManager.h (included through
-  // itkImageFileReader.h in this translation unit) before main; calling this function links the translation unit
-  // into programs that use no other function of it.
+  // ITK's own formats are registered by the static object of itkImageIOFactoryRegisterManager.h (included through
+  // itkImageFileReader.h in this translation unit) before main; the toolkit's Pic format joins them here, once.
+  static std::once_flag once;
+  std::call_once(once, [] { PicImageIOFactory::RegisterOneFactory(); });
 }
 
 bool
 CanReadImageFile(const std::string & fileName)
 {
+  RegisterImageIOFactories();
+  RegisterImageIOFactories();
   if (fileName.empty())
   {
     return false;
@@ -107,6 +114,7 @@ ReadImageFile(const std::string & fileName)
 bool
 CanWriteImageFile(const std::string & fileName)
 {
+  RegisterImageIOFactories();
   if (fileName.empty())
   {
     return false;
@@ -118,6 +126,7 @@ CanWriteImageFile(const std::string & fileName)
 void
 WriteImageFile(const Image * image, const std::string & fileName, bool useCompression)
 {
+  RegisterImageIOFactories();
   if (!image || !image->IsInitialized())
   {
     ThrowWrite(fileName, "the image is null or not initialized", __LINE__);

@@ -57,7 +57,7 @@ TEST_F(ArboDataFiles, ImagesConvertBetweenFormatsKeepingVoxelsAndGeometry)
   lumo::Image::Pointer original = makeImage();
   lumo::WriteImageFile(original, path("image.nrrd"));
   std::string previous = path("image.nrrd");
-  for (const char * name : { "image.nii.gz", "image.mhd", "image.nii", "back.nrrd" })
+  for (const char * name : { "image.nii.gz", "image.pic.gz", "image.mhd", "image.pic", "image.nii", "back.nrrd" })
   {
     ArboRun run = runArbo({ "-q", "convert", previous, path(name) });
     ASSERT_EQ(run.status, 0) << name << ": " << run.err;
