@@ -12,7 +12,7 @@ using namespace arbo_test;
 
 namespace
 {
-struct VesselSpec
+struct VesselRecipe
 {
   int id;
   int type;
@@ -22,17 +22,17 @@ struct VesselSpec
 };
 
 void
-writeTree(const std::string & file, const std::vector<VesselSpec> & vessels)
+writeTree(const std::string & file, const std::vector<VesselRecipe> & vessels)
 {
   LinkedVesselTree tree;
-  for (const VesselSpec & spec : vessels)
+  for (const VesselRecipe & recipe : vessels)
   {
     ar<Vessel> vessel(new Vessel());
-    vessel->setVesselId(spec.id);
-    vessel->getProperties().setBloodVesselType(spec.type);
-    vessel->getProperties().setSegmentType(spec.segment);
-    vessel->getProperties().setResectionStatus(spec.status);
-    for (const VesselPoint & p : spec.points)
+    vessel->setVesselId(recipe.id);
+    vessel->getProperties().setBloodVesselType(recipe.type);
+    vessel->getProperties().setSegmentType(recipe.segment);
+    vessel->getProperties().setResectionStatus(recipe.status);
+    for (const VesselPoint & p : recipe.points)
     {
       vessel->appendPoint(p);
     }
@@ -80,8 +80,8 @@ makeOrgan(itk::IOComponentEnum type = itk::IOComponentEnum::UCHAR, unsigned int 
 
 /** Portal S_V near index x = 3 (world x = 1), portal S_VI near index x = 8 (world x = 11), hepatic HS_LS far away
  *  beyond the organ; all portal at status "keep". Along x, organ voxels 2..5 are nearer S_V, 6..9 nearer S_VI. */
-std::vector<VesselSpec>
-treeSpec()
+std::vector<VesselRecipe>
+treeRecipe()
 {
   return { { 1, 2, S_V, 2, { { 1, 23.75f, 104, 2 } } },
            { 2, 2, S_VI, 2, { { 11, 23.75f, 104, 2 } } },
@@ -96,7 +96,7 @@ protected:
   {
     ArboTest::SetUp();
     lumo::WriteImageFile(makeOrgan(), path("liver.nrrd"));
-    writeTree(path("portal.ves"), treeSpec());
+    writeTree(path("portal.ves"), treeRecipe());
   }
 };
 } // namespace

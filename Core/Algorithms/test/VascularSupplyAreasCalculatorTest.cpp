@@ -17,7 +17,7 @@ using Labels = std::vector<unsigned int>;
 
 namespace
 {
-struct VesselSpec
+struct VesselRecipe
 {
   std::int32_t id;
   std::int32_t type;
@@ -28,18 +28,18 @@ struct VesselSpec
 
 /** A root with leaf children, as vessel tree data. */
 VesselTreeData::Pointer
-makeTree(const std::vector<VesselSpec> & vessels)
+makeTree(const std::vector<VesselRecipe> & vessels)
 {
   auto * tree = new LinkedVesselTree();
   ArVesselTree handle(tree);
-  for (const VesselSpec & spec : vessels)
+  for (const VesselRecipe & recipe : vessels)
   {
     ar<Vessel> vessel(new Vessel());
-    vessel->setVesselId(spec.id);
-    vessel->getProperties().setBloodVesselType(spec.type);
-    vessel->getProperties().setSegmentType(spec.segment);
-    vessel->getProperties().setResectionStatus(spec.status);
-    for (const VesselPoint & p : spec.points)
+    vessel->setVesselId(recipe.id);
+    vessel->getProperties().setBloodVesselType(recipe.type);
+    vessel->getProperties().setSegmentType(recipe.segment);
+    vessel->getProperties().setResectionStatus(recipe.status);
+    for (const VesselPoint & p : recipe.points)
     {
       vessel->appendPoint(p);
     }
@@ -317,21 +317,21 @@ TEST(VascularSupplyAreasCalculator, SameLabelsOnOneAndOnSeveralWorkUnits)
       }
     }
   }
-  std::vector<VesselSpec> vessels;
+  std::vector<VesselRecipe> vessels;
   for (int v = 0; v < 30; ++v)
   {
-    VesselSpec spec{ v + 1, PortalVein, 2 + v % 9, 1, {} };
+    VesselRecipe recipe{ v + 1, PortalVein, 2 + v % 9, 1, {} };
     for (int p = 0; p < 12; ++p)
     {
       const float ix = static_cast<float>((v * 7 + p) % 48);
       const float iy = static_cast<float>((v * 3 + p * (v % 3)) % 40);
       const float iz = static_cast<float>((v + p / 4) % 24);
-      spec.points.push_back({ static_cast<float>(origin[0] + ix * spacing[0]),
-                              static_cast<float>(origin[1] + iy * spacing[1]),
-                              static_cast<float>(origin[2] + iz * spacing[2]),
-                              1 });
+      recipe.points.push_back({ static_cast<float>(origin[0] + ix * spacing[0]),
+                                static_cast<float>(origin[1] + iy * spacing[1]),
+                                static_cast<float>(origin[2] + iz * spacing[2]),
+                                1 });
     }
-    vessels.push_back(spec);
+    vessels.push_back(recipe);
   }
   const VesselTreeData::Pointer tree = makeTree(vessels);
   const Labels one = run(Calculator::PortalDefinedSegments, organ, tree, 1);

@@ -46,7 +46,7 @@ bruteForce(const std::vector<VesselElement> & samples, const float p[3])
 ArVesselTree
 treeOf(const std::vector<VesselElement> & samples)
 {
-  std::vector<VesselSpec> children;
+  std::vector<VesselRecipe> children;
   for (std::size_t i = 1; i < samples.size(); ++i)
   {
     const VesselElement & s = samples[i];

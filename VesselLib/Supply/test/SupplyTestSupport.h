@@ -14,7 +14,7 @@
 
 namespace supply_test
 {
-struct VesselSpec
+struct VesselRecipe
 {
   std::int32_t id;
   std::int32_t type;
@@ -24,14 +24,14 @@ struct VesselSpec
 };
 
 inline ar<Vessel>
-makeVessel(const VesselSpec & spec)
+makeVessel(const VesselRecipe & recipe)
 {
   ar<Vessel> vessel(new Vessel());
-  vessel->setVesselId(spec.id);
-  vessel->getProperties().setBloodVesselType(spec.type);
-  vessel->getProperties().setSegmentType(spec.segment);
-  vessel->getProperties().setResectionStatus(spec.status);
-  for (const VesselPoint & p : spec.points)
+  vessel->setVesselId(recipe.id);
+  vessel->getProperties().setBloodVesselType(recipe.type);
+  vessel->getProperties().setSegmentType(recipe.segment);
+  vessel->getProperties().setResectionStatus(recipe.status);
+  for (const VesselPoint & p : recipe.points)
   {
     vessel->appendPoint(p);
   }
@@ -40,12 +40,12 @@ makeVessel(const VesselSpec & spec)
 
 /** A root with the given children, each child a leaf. */
 inline ArVesselTree
-makeStar(const VesselSpec & root, const std::vector<VesselSpec> & children)
+makeStar(const VesselRecipe & root, const std::vector<VesselRecipe> & children)
 {
   auto * tree = new LinkedVesselTree();
   ArVesselTree handle(tree);
   tree->setRoot(makeVessel(root));
-  for (const VesselSpec & child : children)
+  for (const VesselRecipe & child : children)
   {
     auto * node = new VesselNode(tree->getRootNode(), makeVessel(child));
     tree->getRootNode()->addChild(node);
