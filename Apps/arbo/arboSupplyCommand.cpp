@@ -1,0 +1,280 @@
+#include "arboCommands.h"
+
+#include "arboError.h"
+#include "arboFiles.h"
+
+#include "lumoImage.h"
+#include "lumoLabelStatistics.h"
+#include "lumoProgressBar.h"
+#include "lumoVascularSupplyAreasCalculator.h"
+
+#include "VesselLabels.h"
+
+#include <CLI/CLI.hpp>
+#include <itkCommand.h>
+#include <itkEventObject.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <iomanip>
+#include <map>
+#include <ostream>
+#include <sstream>
+
+namespace arbo
+{
+namespace
+{
+using Json = nlohmann::ordered_json;
+using Calculator = lumo::VascularSupplyAreasCalculator;
+
+struct SupplyOptions
+{
+  std::string organ;
+  std::string tree;
+  std::string output;
+  std::string mode{ "portal-defined-segments" };
+  unsigned int threads{ 0 };
+  bool json{ false };
+};
+
+/** Command-line names of the calculation modes, in the calculator's order. */
+const std::vector<std::pair<std::string, Calculator::CalculationMode>> &
+modes()
+{
+  static const std::vector<std::pair<std::string, Calculator::CalculationMode>> table{
+    { "portal-defined-segments", Calculator::PortalDefinedSegments },
+    { "portal-segments", Calculator::PortalSegments },
+    { "hepatic-defined-segments", Calculator::HepaticDefinedSegments },
+    { "hepatic-segments", Calculator::HepaticSegments },
+    { "all-vessels-segments", Calculator::AllVesselsSegments },
+    { "all-vessels-types", Calculator::AllVesselsTypes },
+    { "portal-resection-status", Calculator::PortalResectionStatus },
+    { "portal-defined-resection-status", Calculator::PortalDefinedResectionStatus },
+    { "hepatic-resection-status", Calculator::HepaticResectionStatus },
+    { "hepatic-defined-resection-status", Calculator::HepaticDefinedResectionStatus },
+  };
+  return table;
+}
+
+/** What a label of the mode's output means. */
+std::string
+labelName(Calculator::CalculationMode mode, std::uint32_t label)
+{
+  if (label == 0)
+  {
+    return "no supplying vessel";
+  }
+  const auto value = static_cast<std::int32_t>(label);
+  if (mode == Calculator::AllVesselsTypes)
+  {
+    return VesselLabels::bloodVesselTypeName(value - 1);
+  }
+  if (mode >= Calculator::PortalResectionStatus)
+  {
+    return VesselLabels::resectionStatusName(value);
+  }
+  return VesselLabels::segmentTypeName(value);
+}
+
+/** Drives the process-wide progress bar from the calculator's progress events (in hundredths). */
+class ProgressForward : public itk::Command
+{
+public:
+  using Self = ProgressForward;
+  using Pointer = itk::SmartPointer<Self>;
+  itkNewMacro(Self);
+
+  void
+  Execute(itk::Object * caller, const itk::EventObject & event) override
+  {
+    Execute(const_cast<const itk::Object *>(caller), event);
+  }
+  void
+  Execute(const itk::Object * caller, const itk::EventObject & event) override
+  {
+    auto * process = dynamic_cast<const itk::ProcessObject *>(caller);
+    if (process == nullptr || !itk::ProgressEvent().CheckEvent(&event))
+    {
+      return;
+    }
+    const auto percent = static_cast<unsigned int>(std::clamp(process->GetProgress(), 0.0f, 1.0f) * 100.0f);
+    if (percent > m_Reported)
+    {
+      lumo::ProgressBar::GetInstance()->Progress(percent - m_Reported);
+      m_Reported = percent;
+    }
+  }
+  void
+  Finish()
+  {
+    if (m_Reported < 100)
+    {
+      lumo::ProgressBar::GetInstance()->Progress(100 - m_Reported);
+      m_Reported = 100;
+    }
+  }
+
+private:
+  unsigned int m_Reported{ 0 };
+};
+
+std::string
+fixed(double value, int decimals)
+{
+  std::ostringstream text;
+  text << std::fixed << std::setprecision(decimals) << value;
+  return text.str();
+}
+
+void
+supply(const SupplyOptions & options, Context & context)
+{
+  const auto mode = std::find_if(modes().begin(), modes().end(), [&](const auto & entry) {
+                      return entry.first == options.mode;
+                    })->second;
+
+  lumo::BaseData::Pointer organData = readData(options.organ);
+  auto * organ = dynamic_cast<lumo::Image *>(organData.GetPointer());
+  if (organ == nullptr)
+  {
+    throw Error(options.organ, "holds a " + kindOf(organData) + ", not an organ segmentation image");
+  }
+  lumo::VesselTreeData::Pointer tree = readVesselTree(options.tree);
+
+  auto calculator = Calculator::New();
+  calculator->SetOrganSegmentation(organ);
+  calculator->SetVesselTree(tree);
+  calculator->SetCalculationMode(mode);
+  if (options.threads > 0)
+  {
+    calculator->SetNumberOfWorkUnits(options.threads);
+  }
+  auto progress = ProgressForward::New();
+  lumo::ProgressBar * bar = lumo::ProgressBar::GetInstance();
+  const bool quietBefore = bar->GetQuiet();
+  bar->SetQuiet(quietBefore || context.quiet || options.json);
+  bar->AddStepsToDo(100);
+  calculator->AddObserver(itk::ProgressEvent(), progress);
+  try
+  {
+    calculator->Update();
+    progress->Finish();
+    bar->SetQuiet(quietBefore);
+  }
+  catch (const itk::ExceptionObject & e)
+  {
+    bar->Reset();
+    bar->SetQuiet(quietBefore);
+    // Problems of the organ image come first in the calculator; the rest concern the tree.
+    const std::string what = e.GetDescription();
+    const bool organProblem = what.rfind("Organ", 0) == 0 || what.rfind("No valid organ", 0) == 0;
+    throw Error(organProblem ? options.organ : options.tree, what);
+  }
+  catch (const std::runtime_error & e)
+  {
+    bar->Reset();
+    bar->SetQuiet(quietBefore);
+    std::string what = e.what();
+    if (what.find("theList->size() == 0") != std::string::npos)
+    {
+      what += " (no vessel of the tree takes part in mode " + options.mode + ")";
+    }
+    throw Error(options.tree, what);
+  }
+  lumo::Image * areas = calculator->GetOutput();
+  writeData(areas, options.output);
+
+  auto statistics = lumo::LabelStatistics::New();
+  statistics->SetLabelImage(areas);
+  statistics->SetMask(organ->GetPixelType() == itk::IOComponentEnum::UCHAR ? organ : nullptr);
+  statistics->Compute();
+
+  if (options.json)
+  {
+    Json labels = Json::array();
+    for (const auto & entry : statistics->GetEntries())
+    {
+      labels.push_back({ { "label", entry.label },
+                         { "name", labelName(mode, entry.label) },
+                         { "voxels", entry.voxels },
+                         { "millilitres", entry.millilitres },
+                         { "percent", entry.percent } });
+    }
+    Json result{ { "organ", options.organ },
+                 { "tree", options.tree },
+                 { "output", options.output },
+                 { "mode", options.mode },
+                 { "organ_voxels", statistics->GetTotalVoxels() },
+                 { "organ_millilitres", statistics->GetTotalMillilitres() },
+                 { "labels", labels } };
+    context.out << result.dump(2) << "\n";
+    return;
+  }
+  std::ostream & out = context.out;
+  out << "Supply areas of " << options.organ << " by " << options.tree << " (" << options.mode << ")\n";
+  out << std::right << std::setw(7) << "label"
+      << "  " << std::left << std::setw(28) << "name" << std::right << std::setw(12) << "voxels" << std::setw(12)
+      << "ml" << std::setw(9) << "%"
+      << "\n";
+  for (const auto & entry : statistics->GetEntries())
+  {
+    out << std::right << std::setw(7) << entry.label << "  " << std::left << std::setw(28)
+        << labelName(mode, entry.label) << std::right << std::setw(12) << entry.voxels << std::setw(12)
+        << fixed(entry.millilitres, 2) << std::setw(9) << fixed(entry.percent, 2) << "\n";
+  }
+  out << std::right << std::setw(7) << ""
+      << "  " << std::left << std::setw(28) << "organ" << std::right << std::setw(12) << statistics->GetTotalVoxels()
+      << std::setw(12) << fixed(statistics->GetTotalMillilitres(), 2) << std::setw(9) << fixed(100.0, 2) << "\n";
+  if (!context.quiet)
+  {
+    context.err << "arbo: wrote " << options.output << "\n";
+  }
+}
+} // namespace
+
+void
+addSupplyCommand(CLI::App & app, Context & context)
+{
+  auto options = std::make_shared<SupplyOptions>();
+  CLI::App * command = app.add_subcommand(
+    "supply", "Label each organ voxel by the vessel that supplies it; volumes per segment, type or resection status");
+  std::vector<std::string> names;
+  for (const auto & entry : modes())
+  {
+    names.push_back(entry.first);
+  }
+  command->footer(
+    "Each organ voxel (any value but 0) goes to the vessel with the nearest centre-line point; the mode decides which\n"
+    "vessels take part and what the labels of the output mean:\n"
+    "  portal-defined-segments (default)  portal veins with a segment; labels: segments (S_I=2 .. S_VIII=10)\n"
+    "  portal-segments                    all portal veins; labels: segments, S_Undefined=1 included\n"
+    "  hepatic-defined-segments           hepatic veins with a territory; labels: HS_LSV=12 .. HS_RLS=27\n"
+    "  hepatic-segments                   all hepatic veins; labels: territories\n"
+    "  all-vessels-segments               every vessel; labels: segments and territories\n"
+    "  all-vessels-types                  every vessel; labels: type + 1 (1 undefined, 2 hepatic, 3 portal, 4 "
+    "artery, 5 bile duct)\n"
+    "  portal-resection-status            all portal veins; labels: 1 undefined, 2 keep, 3 resect, 4 at risk\n"
+    "  portal-defined-resection-status    portal veins whose status is set; labels as above\n"
+    "  hepatic-resection-status           all hepatic veins; labels as above\n"
+    "  hepatic-defined-resection-status   hepatic veins whose status is set; labels as above\n"
+    "The organ must be a 3-D unsigned 8-bit image; the tree in the same world coordinates. The label image is\n"
+    "written with the organ's geometry in the format of the output's ending; the table lists voxels, millilitres\n"
+    "and the share of the organ per label.\n"
+    "Examples: arbo supply liver.nrrd portal.ves -o segments.nrrd\n"
+    "          arbo supply liver.nrrd plan.ves -o resection.nii.gz --mode portal-resection-status --json\n"
+    "          arbo supply liver.nrrd veins.ves -o territories.nrrd --mode hepatic-defined-segments --threads 2");
+  command->add_option("organ", options->organ, "Organ segmentation (3-D unsigned 8-bit image, 0 = outside)")
+    ->required();
+  command->add_option("tree", options->tree, "Vessel tree (.ves) in the organ's world coordinates")->required();
+  command->add_option("-o,--output", options->output, "Where to write the label image (.nrrd, .nii.gz, .mha, ...)")
+    ->required();
+  command->add_option("--mode", options->mode, "Which vessels supply and what the labels mean")
+    ->check(CLI::IsMember(names))
+    ->capture_default_str();
+  command->add_option("--threads", options->threads, "Threads for the voxel loop (default: all cores)")
+    ->check(CLI::Range(1u, 1024u));
+  command->add_flag("--json", options->json, "Print the table as JSON (for scripts)");
+  command->callback([options, &context] { supply(*options, context); });
+}
+} // namespace arbo

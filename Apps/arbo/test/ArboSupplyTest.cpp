@@ -1,0 +1,232 @@
+#include "ArboTestSupport.h"
+
+#include "ArVesselTree.h"
+#include "lumoImageIO.h"
+
+#include <nlohmann/json.hpp>
+
+#include <fstream>
+#include <locale>
+
+using namespace arbo_test;
+
+namespace
+{
+struct VesselRecipe
+{
+  int id;
+  int type;
+  int segment;
+  int status;
+  std::vector<VesselPoint> points;
+};
+
+void
+writeTree(const std::string & file, const std::vector<VesselRecipe> & vessels)
+{
+  LinkedVesselTree tree;
+  for (const VesselRecipe & recipe : vessels)
+  {
+    ar<Vessel> vessel(new Vessel());
+    vessel->setVesselId(recipe.id);
+    vessel->getProperties().setBloodVesselType(recipe.type);
+    vessel->getProperties().setSegmentType(recipe.segment);
+    vessel->getProperties().setResectionStatus(recipe.status);
+    for (const VesselPoint & p : recipe.points)
+    {
+      vessel->appendPoint(p);
+    }
+    if (!tree.hasRoot())
+    {
+      tree.setRoot(vessel);
+    }
+    else
+    {
+      tree.getRootNode()->addChild(new VesselNode(tree.getRootNode(), vessel));
+    }
+  }
+  std::ofstream out(file);
+  out.imbue(std::locale::classic());
+  tree.write(out);
+}
+
+/** A 10 x 4 x 3 organ at origin (-5, 20, 100) with spacing (2, 2.5, 4) (20 mm^3 per voxel); the slab x < 2 is
+ *  background, so 8 x 4 x 3 = 96 voxels are organ. */
+lumo::Image::Pointer
+makeOrgan(itk::IOComponentEnum type = itk::IOComponentEnum::UCHAR, unsigned int dimension = 3)
+{
+  auto organ = lumo::Image::New();
+  lumo::Vector3D spacing;
+  spacing[0] = 2.0;
+  spacing[1] = 2.5;
+  spacing[2] = dimension == 3 ? 4.0 : 1.0;
+  lumo::Point3D origin;
+  origin[0] = -5.0;
+  origin[1] = 20.0;
+  origin[2] = dimension == 3 ? 100.0 : 0.0;
+  lumo::Geometry3D::DirectionType direction;
+  direction.SetIdentity();
+  organ->Initialize(type, { { 10, 4, dimension == 3 ? 3u : 1u } }, spacing, origin, direction, dimension);
+  if (type == itk::IOComponentEnum::UCHAR)
+  {
+    auto * data = static_cast<unsigned char *>(organ->GetData());
+    for (std::size_t i = 0; i < organ->GetNumberOfVoxels(); ++i)
+    {
+      data[i] = i % 10 >= 2 ? 1 : 0;
+    }
+  }
+  return organ;
+}
+
+/** Portal S_V near index x = 3 (world x = 1), portal S_VI near index x = 8 (world x = 11), hepatic HS_LS far away
+ *  beyond the organ; all portal at status "keep". Along x, organ voxels 2..5 are nearer S_V, 6..9 nearer S_VI. */
+std::vector<VesselRecipe>
+treeRecipe()
+{
+  return { { 1, 2, S_V, 2, { { 1, 23.75f, 104, 2 } } },
+           { 2, 2, S_VI, 2, { { 11, 23.75f, 104, 2 } } },
+           { 3, 1, HS_LS, 1, { { 500, 23.75f, 104, 2 } } } };
+}
+
+class ArboSupply : public ArboTest
+{
+protected:
+  void
+  SetUp() override
+  {
+    ArboTest::SetUp();
+    lumo::WriteImageFile(makeOrgan(), path("liver.nrrd"));
+    writeTree(path("portal.ves"), treeRecipe());
+  }
+};
+} // namespace
+
+TEST_F(ArboSupply, TableAddsUpToTheOrganAndTheImageKeepsItsGeometry)
+{
+  ArboRun run = runArbo({ "supply", path("liver.nrrd"), path("portal.ves"), "-o", path("areas.nrrd"), "--json" });
+  ASSERT_EQ(run.status, 0) << run.err;
+  const auto json = nlohmann::json::parse(run.out);
+  EXPECT_EQ(json["mode"], "portal-defined-segments");
+  EXPECT_EQ(json["organ_voxels"], 96);
+  EXPECT_DOUBLE_EQ(json["organ_millilitres"].get<double>(), 1.92);
+  ASSERT_EQ(json["labels"].size(), 2u);
+  double millilitres = 0.0;
+  double percent = 0.0;
+  for (const auto & label : json["labels"])
+  {
+    millilitres += label["millilitres"].get<double>();
+    percent += label["percent"].get<double>();
+    EXPECT_EQ(label["voxels"], 48);
+  }
+  EXPECT_DOUBLE_EQ(millilitres, 1.92);
+  EXPECT_DOUBLE_EQ(percent, 100.0);
+  EXPECT_EQ(json["labels"][0]["label"], S_V);
+  EXPECT_EQ(json["labels"][0]["name"], "S_V");
+  EXPECT_EQ(json["labels"][1]["name"], "S_VI");
+
+  lumo::Image::Pointer areas = lumo::ReadImageFile(path("areas.nrrd"));
+  lumo::Image::Pointer organ = makeOrgan();
+  EXPECT_EQ(areas->GetPixelType(), itk::IOComponentEnum::UCHAR);
+  EXPECT_EQ(areas->GetSize(), organ->GetSize());
+  EXPECT_EQ(areas->GetSpacing(), organ->GetSpacing());
+  EXPECT_EQ(areas->GetOrigin(), organ->GetOrigin());
+  EXPECT_EQ(areas->GetDirection(), organ->GetDirection());
+  const auto * labels = static_cast<const unsigned char *>(areas->GetData());
+  const std::vector<unsigned char> row(labels, labels + 10);
+  EXPECT_EQ(row, (std::vector<unsigned char>{ 0, 0, S_V, S_V, S_V, S_V, S_VI, S_VI, S_VI, S_VI }));
+}
+
+TEST_F(ArboSupply, PrintsATableByModeWithNames)
+{
+  ArboRun run = runArbo({ "supply",
+                          path("liver.nrrd"),
+                          path("portal.ves"),
+                          "-o",
+                          path("types.nii.gz"),
+                          "--mode",
+                          "all-vessels-types",
+                          "--threads",
+                          "2" });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.out,
+            "Supply areas of " + path("liver.nrrd") + " by " + path("portal.ves") +
+              " (all-vessels-types)\n"
+              "  label  name                              voxels          ml        %\n"
+              "      3  Portal vein                           96        1.92   100.00\n"
+              "         organ                                 96        1.92   100.00\n");
+  EXPECT_EQ(run.err, "arbo: wrote " + path("types.nii.gz") + "\n");
+
+  ArboRun status = runArbo({ "-q",
+                             "supply",
+                             path("liver.nrrd"),
+                             path("portal.ves"),
+                             "-o",
+                             path("status.nrrd"),
+                             "--mode",
+                             "hepatic-resection-status" });
+  ASSERT_EQ(status.status, 0) << status.err;
+  EXPECT_NE(status.out.find("      1  Undefined resection status            96        1.92   100.00\n"),
+            std::string::npos)
+    << status.out;
+  EXPECT_EQ(status.err, "");
+}
+
+TEST_F(ArboSupply, FailuresNameTheFileAndLeaveNothingBehind)
+{
+  lumo::WriteImageFile(makeOrgan(itk::IOComponentEnum::FLOAT), path("float.nrrd"));
+  lumo::WriteImageFile(makeOrgan(itk::IOComponentEnum::UCHAR, 2), path("slice.png"));
+  writeTree(path("undefined.ves"), { { 1, 2, S_Undefined, 1, { { 1, 23.75f, 104, 2 } } } });
+  const std::vector<std::string> before = files();
+
+  ArboRun wrongType = runArbo({ "supply", path("float.nrrd"), path("portal.ves"), "-o", path("out.nrrd") });
+  EXPECT_EQ(wrongType.status, 1);
+  EXPECT_EQ(wrongType.err,
+            "arbo: " + path("float.nrrd") + ": Organ segmentation has wrong type ( should be lumoIpUInt1_t)\n");
+
+  ArboRun flat = runArbo({ "supply", path("slice.png"), path("portal.ves"), "-o", path("out.nrrd") });
+  EXPECT_EQ(flat.status, 1);
+  EXPECT_EQ(flat.err, "arbo: " + path("slice.png") + ": Organ segmentation has wrong dimension\n");
+
+  ArboRun noVessels = runArbo({ "supply", path("liver.nrrd"), path("undefined.ves"), "-o", path("out.nrrd") });
+  EXPECT_EQ(noVessels.status, 1);
+  EXPECT_EQ(noVessels.err,
+            "arbo: " + path("undefined.ves") +
+              ": Error in KDTreeNextVesselEstimator::setVesselElementList: theList->size() == 0! (no "
+              "vessel of the tree takes part in mode portal-defined-segments)\n");
+
+  ArboRun missing = runArbo({ "supply", path("none.nrrd"), path("portal.ves"), "-o", path("out.nrrd") });
+  EXPECT_EQ(missing.status, 1);
+  EXPECT_EQ(missing.err, "arbo: " + path("none.nrrd") + ": cannot be opened (No such file or directory)\n");
+
+  ArboRun missingTree = runArbo({ "supply", path("liver.nrrd"), path("none.ves"), "-o", path("out.nrrd") });
+  EXPECT_EQ(missingTree.status, 1);
+  EXPECT_EQ(missingTree.err, "arbo: " + path("none.ves") + ": cannot be opened (No such file or directory)\n");
+
+  ArboRun treeAsOrgan = runArbo({ "supply", path("portal.ves"), path("portal.ves"), "-o", path("out.nrrd") });
+  EXPECT_EQ(treeAsOrgan.status, 1);
+  EXPECT_EQ(treeAsOrgan.err,
+            "arbo: " + path("portal.ves") + ": holds a vessel tree, not an organ segmentation image\n");
+
+  ArboRun badMode =
+    runArbo({ "supply", path("liver.nrrd"), path("portal.ves"), "-o", path("out.nrrd"), "--mode", "lobes" });
+  EXPECT_EQ(badMode.status, 2);
+  EXPECT_NE(badMode.err.find("--mode: lobes not in {portal-defined-segments,"), std::string::npos) << badMode.err;
+
+  ArboRun badEnding = runArbo({ "supply", path("liver.nrrd"), path("portal.ves"), "-o", path("out.ves") });
+  EXPECT_EQ(badEnding.status, 1);
+  EXPECT_EQ(files(), before);
+}
+
+TEST_F(ArboSupply, HelpTeachesTheModes)
+{
+  ArboRun run = runArbo({ "supply", "--help" });
+  EXPECT_EQ(run.status, 0);
+  for (const char * text : { "portal-defined-segments (default)",
+                             "hepatic-defined-resection-status",
+                             "arbo supply liver.nrrd portal.ves -o segments.nrrd",
+                             "--threads",
+                             "--json" })
+  {
+    EXPECT_NE(run.out.find(text), std::string::npos) << text;
+  }
+}
