@@ -26,6 +26,10 @@ void
 addConvertCommand(CLI::App & app, Context & context);
 void
 addLabelCommand(CLI::App & app, Context & context);
+void
+addPhantomCommand(CLI::App & app, Context & context);
+void
+addCompareCommand(CLI::App & app, Context & context);
 } // namespace arbo
 
 #endif
