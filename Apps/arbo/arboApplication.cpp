@@ -24,6 +24,8 @@ const char * const footer = R"(Examples:
   arbo convert liver.nii.gz liver.nrrd convert an image, keeping its geometry
   arbo label portal.ves -o plan.ves --vessel 6 --select subtree --status resect
   arbo supply liver.nrrd portal.ves -o segments.nrrd   supply areas of the liver segments, with volumes
+  arbo phantom --out phantom --size medium   synthetic liver, vessel masks and true trees
+  arbo compare truth-portal.ves portal.ves  accuracy of a tree against the truth
 
 Exit status: 0 success, 1 bad input or failed work (one line on stderr: "arbo: <file>: <what is wrong>"),
 2 bad usage. Run "arbo <command> --help" for the options of a command.)";
@@ -45,6 +47,8 @@ runApplication(int argc, const char * const * argv, std::ostream & out, std::ost
   addConvertCommand(app, context);
   addLabelCommand(app, context);
   addSupplyCommand(app, context);
+  addPhantomCommand(app, context);
+  addCompareCommand(app, context);
 
   try
   {

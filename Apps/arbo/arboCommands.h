@@ -28,6 +28,9 @@ void
 addLabelCommand(CLI::App & app, Context & context);
 void
 addSupplyCommand(CLI::App & app, Context & context);
+addPhantomCommand(CLI::App & app, Context & context);
+void
+addCompareCommand(CLI::App & app, Context & context);
 } // namespace arbo
 
 #endif

@@ -1,0 +1,166 @@
+#include "arboCommands.h"
+
+#include "arboError.h"
+#include "arboFiles.h"
+
+#include "lumoLiverPhantomSource.h"
+
+#include "VesselTreeStatistics.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <ostream>
+#include <random>
+
+namespace arbo
+{
+namespace
+{
+namespace fs = std::filesystem;
+
+struct PhantomOptions
+{
+  std::string out;
+  std::string size{ "small" };
+  std::uint64_t seed{ 1 };
+};
+
+/** Makes the output folder when it is missing; refuses a path that is something else. */
+void
+prepareFolder(const fs::path & folder)
+{
+  std::error_code ec;
+  const fs::file_status status = fs::status(folder, ec);
+  if (fs::exists(status))
+  {
+    if (!fs::is_directory(status))
+    {
+      throw Error(folder.string(), "exists and is not a folder");
+    }
+    return;
+  }
+  fs::create_directories(folder, ec);
+  if (ec)
+  {
+    throw Error(folder.string(), "cannot be created (" + ec.message() + ")");
+  }
+}
+
+std::size_t
+countVoxels(const lumo::Image & image)
+{
+  const auto * v = static_cast<const std::uint8_t *>(image.GetData());
+  return static_cast<std::size_t>(std::count(v, v + image.GetNumberOfVoxels(), 1));
+}
+
+void
+runPhantom(const PhantomOptions & options, Context & context)
+{
+  lumo::LiverPhantomSource::SizePreset preset{};
+  lumo::LiverPhantomSource::ParseSizePreset(options.size, preset);
+  const fs::path folder(options.out);
+  prepareFolder(folder);
+
+  auto source = lumo::LiverPhantomSource::New();
+  source->SetSizePreset(preset);
+  source->SetSeed(options.seed);
+  source->Update();
+
+  const std::vector<std::pair<std::string, lumo::BaseData *>> outputs = {
+    { "organ.nrrd", source->GetOrganMask() },          { "portal.nrrd", source->GetPortalMask() },
+    { "hepatic.nrrd", source->GetHepaticMask() },      { "truth-portal.ves", source->GetPortalTree() },
+    { "truth-hepatic.ves", source->GetHepaticTree() },
+  };
+  for (const auto & [name, data] : outputs)
+  {
+    std::error_code ec;
+    if (fs::is_directory(folder / name, ec))
+    {
+      throw Error((folder / name).string(), "is a folder; the phantom's file cannot replace it");
+    }
+  }
+  // Everything goes to a staging folder first, so that a failure leaves no phantom half-written beside earlier
+  // files; the finished files are then moved in.
+  std::random_device random;
+  const fs::path staging = folder / (".phantom-" + std::to_string(random()));
+  std::error_code ec;
+  fs::create_directory(staging, ec);
+  if (ec)
+  {
+    throw Error(folder.string(), "cannot be written (" + ec.message() + ")");
+  }
+  try
+  {
+    for (const auto & [name, data] : outputs)
+    {
+      try
+      {
+        writeData(data, (staging / name).string());
+      }
+      catch (const Error & e)
+      {
+        throw Error((folder / name).string(), e.what());
+      }
+    }
+    for (const auto & [name, data] : outputs)
+    {
+      fs::rename(staging / name, folder / name, ec);
+      if (ec)
+      {
+        throw Error((folder / name).string(), "cannot be written (" + ec.message() + ")");
+      }
+    }
+  }
+  catch (...)
+  {
+    fs::remove_all(staging, ec);
+    throw;
+  }
+  fs::remove_all(staging, ec);
+
+  if (context.quiet)
+  {
+    return;
+  }
+  const lumo::Image & organ = *source->GetOrganMask();
+  const auto spacing = source->GetSpacing();
+  std::ostream & out = context.out;
+  out << "liver phantom, seed " << options.seed << ", " << options.size << ": " << organ.GetDimension(0) << " x "
+      << organ.GetDimension(1) << " x " << organ.GetDimension(2) << " voxels of " << spacing[0] << " x " << spacing[1]
+      << " x " << spacing[2] << " mm, in " << folder.string() << "\n";
+  out << "  organ.nrrd          organ mask, " << countVoxels(organ) << " voxels\n";
+  out << "  portal.nrrd         portal vein mask, " << countVoxels(*source->GetPortalMask()) << " voxels\n";
+  out << "  hepatic.nrrd        hepatic vein mask, " << countVoxels(*source->GetHepaticMask()) << " voxels\n";
+  const VesselTreeStatistics portal(source->GetPortalTree()->GetVesselTreeData(0));
+  const VesselTreeStatistics hepatic(source->GetHepaticTree()->GetVesselTreeData(0));
+  out << "  truth-portal.ves    true portal tree, " << portal.numberOfVessels() << " vessels, "
+      << portal.numberOfBifurcations() << " bifurcations\n";
+  out << "  truth-hepatic.ves   true hepatic tree, " << hepatic.numberOfVessels() << " vessels, "
+      << hepatic.numberOfBifurcations() << " bifurcations\n";
+}
+} // namespace
+
+void
+addPhantomCommand(CLI::App & app, Context & context)
+{
+  auto options = std::make_shared<PhantomOptions>();
+  CLI::App * command =
+    app.add_subcommand("phantom", "Generate a synthetic liver with its vessel masks and true vessel trees");
+  command->footer("Writes organ.nrrd, portal.nrrd and hepatic.nrrd (unsigned 8-bit masks) and truth-portal.ves and "
+                  "truth-hepatic.ves (the true centre lines in world coordinates) into the folder, which is made "
+                  "when missing. The same seed gives the same files; the sizes share one anatomy:\n"
+                  "  small   96 x 96 x 64 voxels of 2.5 x 2.5 x 3 mm\n"
+                  "  medium  256 x 256 x 160 voxels of 0.9375 x 0.9375 x 1.2 mm\n"
+                  "  large   512 x 512 x 300 voxels of 0.46875 x 0.46875 x 0.64 mm\n"
+                  "Example: arbo phantom --out phantom --size medium --seed 3");
+  command->add_option("--out", options->out, "Folder for the five files")->required();
+  command->add_option("--size", options->size, "small, medium or large (default small)")
+    ->check(CLI::IsMember({ "small", "medium", "large" }));
+  command->add_option("--seed", options->seed, "Seed of the random branching (default 1)")
+    ->check(CLI::NonNegativeNumber);
+  command->callback([options, &context] { runPhantom(*options, context); });
+}
+} // namespace arbo
