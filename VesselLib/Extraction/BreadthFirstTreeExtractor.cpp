@@ -61,7 +61,10 @@ BreadthFirstTreeExtractor::voxelPoint(const SkeletonGraph & graph, std::size_t v
   const unsigned short x = graph.voxelX(voxel);
   const unsigned short y = graph.voxelY(voxel);
   const unsigned short z = graph.voxelZ(voxel);
-  return VesselPoint{ static_cast<float>(x), static_cast<float>(y), static_cast<float>(z), getDiameter(x, y, z) };
+  return VesselPoint{ static_cast<float>(x) * m_skeleton->getVoxelSizeX(),
+                      static_cast<float>(y) * m_skeleton->getVoxelSizeY(),
+                      static_cast<float>(z) * m_skeleton->getVoxelSizeZ(),
+                      getDiameter(x, y, z) };
 }
 
 VesselPoint
@@ -69,7 +72,10 @@ BreadthFirstTreeExtractor::nodePoint(const SkeletonGraph & graph, std::size_t no
 {
   const SkeletonGraph::Node & n = graph.getNodes()[node];
   const std::size_t r = n.representative;
-  return VesselPoint{ n.x, n.y, n.z, getDiameter(graph.voxelX(r), graph.voxelY(r), graph.voxelZ(r)) };
+  return VesselPoint{ n.x * m_skeleton->getVoxelSizeX(),
+                      n.y * m_skeleton->getVoxelSizeY(),
+                      n.z * m_skeleton->getVoxelSizeZ(),
+                      getDiameter(graph.voxelX(r), graph.voxelY(r), graph.voxelZ(r)) };
 }
 
 ArVesselTree

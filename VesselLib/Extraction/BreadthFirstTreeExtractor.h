@@ -20,6 +20,9 @@ class SkeletonGraphExtractor;
  *  start node is its child. Vessel ids start at 1 and follow the order of the walk. Skeleton parts that do not
  *  touch the start's part are left out and counted.
  *
+ *  Points are in the voxel frame: voxel index times the skeleton volume's voxel size, so that lengths and diameters
+ *  share their units and a geometry transform without the spacing takes the tree to world coordinates.
+ *
  *  Diameters: with a float distance volume, 2 x (distance at the voxel - 0.5 x the skeleton volume's voxel size in
  *  x); otherwise, from the skeletal points, 2 x (the voxel's distance - 0.5 x the skeleton volume's minimum voxel
  *  size). A voxel missing from the skeletal points, or neither source, ends the process with a message. */

@@ -355,6 +355,9 @@ TEST(BreadthFirstTreeExtractorTest, DiametersFollowTheSkeletalPointsOrTheDistanc
   BreadthFirstTreeExtractor extractor;
   std::vector<Flat> vessels = flatten(extractor.getTree(skeleton.volume(), skeleton.points(), Point3D(2, 2, 2)));
   ASSERT_EQ(vessels.size(), 1u);
+  ASSERT_EQ(vessels[0].points.size(), 5u);
+  // Points are voxel indices times the voxel sizes.
+  EXPECT_EQ(vessels[0].points[1], (VesselPoint{ 6.0f, 3.0f, 8.0f, 2.0f * (3.0f - 0.75f) }));
   for (const VesselPoint & p : vessels[0].points)
     EXPECT_FLOAT_EQ(p.diameter, 2.0f * (3.0f - 0.75f));
 
@@ -367,7 +370,7 @@ TEST(BreadthFirstTreeExtractorTest, DiametersFollowTheSkeletalPointsOrTheDistanc
   vessels = flatten(extractor.getTree(skeleton.volume(), nullptr, Point3D(2, 2, 2)));
   ASSERT_EQ(vessels.size(), 1u);
   for (const VesselPoint & p : vessels[0].points)
-    EXPECT_FLOAT_EQ(p.diameter, 2.0f * (p.x - 1.0f));
+    EXPECT_FLOAT_EQ(p.diameter, 2.0f * (p.x / 2.0f - 1.0f));
 }
 
 TEST(BreadthFirstTreeExtractorDeathTest, MissingDistancesEndTheProcess)
