@@ -23,6 +23,7 @@ const char * const footer = R"(Examples:
   arbo convert portal.ves portal.vtp   centre lines for ParaView and other VTK tools
   arbo convert liver.nii.gz liver.nrrd convert an image, keeping its geometry
   arbo label portal.ves -o plan.ves --vessel 6 --select subtree --status resect
+  arbo extract portal-mask.nii.gz -o portal.ves --type portal   vessel tree from a segmentation
 
 Exit status: 0 success, 1 bad input or failed work (one line on stderr: "arbo: <file>: <what is wrong>"),
 2 bad usage. Run "arbo <command> --help" for the options of a command.)";
@@ -43,6 +44,7 @@ runApplication(int argc, const char * const * argv, std::ostream & out, std::ost
   addInfoCommand(app, context);
   addConvertCommand(app, context);
   addLabelCommand(app, context);
+  addExtractCommand(app, context);
 
   try
   {

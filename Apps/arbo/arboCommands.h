@@ -26,6 +26,8 @@ void
 addConvertCommand(CLI::App & app, Context & context);
 void
 addLabelCommand(CLI::App & app, Context & context);
+void
+addExtractCommand(CLI::App & app, Context & context);
 } // namespace arbo
 
 #endif
