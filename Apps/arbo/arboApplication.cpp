@@ -26,6 +26,7 @@ const char * const footer = R"(Examples:
   arbo supply liver.nrrd portal.ves -o segments.nrrd   supply areas of the liver segments, with volumes
   arbo phantom --out phantom --size medium   synthetic liver, vessel masks and true trees
   arbo compare truth-portal.ves portal.ves  accuracy of a tree against the truth
+  arbo extract portal-mask.nii.gz -o portal.ves --type portal   vessel tree from a segmentation
 
 Exit status: 0 success, 1 bad input or failed work (one line on stderr: "arbo: <file>: <what is wrong>"),
 2 bad usage. Run "arbo <command> --help" for the options of a command.)";
@@ -49,6 +50,7 @@ runApplication(int argc, const char * const * argv, std::ostream & out, std::ost
   addSupplyCommand(app, context);
   addPhantomCommand(app, context);
   addCompareCommand(app, context);
+  addExtractCommand(app, context);
 
   try
   {

@@ -31,6 +31,7 @@ addSupplyCommand(CLI::App & app, Context & context);
 addPhantomCommand(CLI::App & app, Context & context);
 void
 addCompareCommand(CLI::App & app, Context & context);
+addExtractCommand(CLI::App & app, Context & context);
 } // namespace arbo
 
 #endif

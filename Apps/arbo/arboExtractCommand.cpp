@@ -1,0 +1,335 @@
+#include "arboCommands.h"
+
+#include "arboError.h"
+#include "arboFiles.h"
+
+#include "lumoImage.h"
+#include "lumoImageAccess.h"
+#include "lumoProgressBar.h"
+#include "lumoPruneVesselTreeFilter.h"
+#include "lumoSkeletonizationBasedImageToVesselTreeFilter.h"
+#include "lumoSmoothVesselTreeFilter.h"
+
+#include "ChildMergingTreeCleaner.h"
+#include "SpurTreeCleaner.h"
+#include "VesselLabels.h"
+
+#include <CLI/CLI.hpp>
+
+#include <itkImage.h>
+#include <itkImageRegionConstIterator.h>
+
+#include <ostream>
+#include <sstream>
+
+namespace arbo
+{
+namespace
+{
+struct ExtractOptions
+{
+  std::string input;
+  std::string output;
+  std::string start;
+  std::string type{ "portal" };
+  unsigned int cleanedIterations{ 0 };
+  bool noEndpointSuppression{ false };
+  bool keepSpurs{ false };
+  double prune{ 0.0 };
+  unsigned int smooth{ 0 };
+};
+
+/** Restores the global warning display when the extraction is over, however it ends. */
+class QuietWarnings
+{
+public:
+  QuietWarnings()
+    : m_Previous(itk::Object::GetGlobalWarningDisplay())
+  {
+    itk::Object::GlobalWarningDisplayOff();
+  }
+  ~QuietWarnings() { itk::Object::SetGlobalWarningDisplay(m_Previous); }
+  QuietWarnings(const QuietWarnings &) = delete;
+  QuietWarnings &
+  operator=(const QuietWarnings &) = delete;
+
+private:
+  bool m_Previous;
+};
+
+bool
+parseStart(const std::string & text, unsigned int start[3])
+{
+  std::istringstream in(text);
+  char comma1 = 0;
+  char comma2 = 0;
+  long values[3] = { -1, -1, -1 };
+  in >> values[0] >> comma1 >> values[1] >> comma2 >> values[2];
+  if (in.fail() || comma1 != ',' || comma2 != ',' || !(in >> std::ws).eof())
+  {
+    return false;
+  }
+  for (int a = 0; a < 3; ++a)
+  {
+    if (values[a] < 0)
+    {
+      return false;
+    }
+    start[a] = static_cast<unsigned int>(values[a]);
+  }
+  return true;
+}
+
+/** The mask as unsigned 8-bit 0/1 (a new image) and the number of vessel voxels (values above 0). An unsigned 8-bit
+ *  mask is used as it is: every non-zero value is vessel to the thinning. */
+lumo::Image::Pointer
+binaryMask(lumo::Image * image, std::size_t & vesselVoxels)
+{
+  vesselVoxels = 0;
+  if (image->GetPixelType() == itk::IOComponentEnum::UCHAR)
+  {
+    const auto * data = static_cast<const unsigned char *>(image->GetData());
+    for (std::size_t i = 0, n = image->GetNumberOfVoxels(); i < n; ++i)
+    {
+      vesselVoxels += data[i] != 0 ? 1 : 0;
+    }
+    return image;
+  }
+  using MaskType = itk::Image<unsigned char, 3>;
+  auto mask = MaskType::New();
+  lumo::AccessByItk(image, [&](auto * itkImage) {
+    mask->CopyInformation(itkImage);
+    mask->SetRegions(itkImage->GetLargestPossibleRegion());
+    mask->Allocate();
+    using InputType = std::remove_pointer_t<decltype(itkImage)>;
+    itk::ImageRegionConstIterator<InputType> in(itkImage, itkImage->GetLargestPossibleRegion());
+    unsigned char * out = mask->GetBufferPointer();
+    for (in.GoToBegin(); !in.IsAtEnd(); ++in, ++out)
+    {
+      *out = in.Get() > 0 ? 1 : 0;
+      vesselVoxels += *out;
+    }
+  });
+  return lumo::ImportItkImage(mask.GetPointer());
+}
+
+std::size_t
+countVessels(const ArVesselTree & tree)
+{
+  return tree.isNull() ? 0 : static_cast<std::size_t>(tree->numberOfNodes());
+}
+
+void
+extract(const ExtractOptions & options, Context & context)
+{
+  // Options first: nothing is read before they are known to be good.
+  std::int32_t type = 0;
+  if (!VesselLabels::parseBloodVesselType(options.type, type))
+  {
+    throw Error("--type",
+                "unknown blood vessel type '" + options.type +
+                  "' (use portal, hepatic, artery, bile, undefined or 0 to 4)");
+  }
+  unsigned int start[3] = { 0, 0, 0 };
+  if (!options.start.empty() && !parseStart(options.start, start))
+  {
+    throw Error("--start", "'" + options.start + "' is not a voxel index i,j,k (three whole numbers from 0)");
+  }
+
+  lumo::ProgressBar * progress = lumo::ProgressBar::GetInstance();
+  progress->SetQuiet(context.quiet);
+  progress->AddStepsToDo(4);
+  struct ResetProgress
+  {
+    lumo::ProgressBar * bar;
+    ~ResetProgress() { bar->Reset(); }
+  } resetProgress{ progress };
+
+  lumo::BaseData::Pointer data = readData(options.input);
+  auto * image = dynamic_cast<lumo::Image *>(data.GetPointer());
+  if (image == nullptr)
+  {
+    throw Error(options.input, "holds a " + kindOf(data) + ", not a vessel mask image");
+  }
+  // The thinning code ends the process on volumes it cannot handle; refuse them here with a message instead.
+  if (image->GetDimension() != 3)
+  {
+    throw Error(options.input, "is a 2-D image; vessel extraction needs a 3-D mask");
+  }
+  const auto & size = image->GetSize();
+  for (unsigned int a = 0; a < 3; ++a)
+  {
+    if (size[a] > 32767)
+    {
+      throw Error(options.input,
+                  "has " + std::to_string(size[a]) + " voxels along an axis; extraction handles at most 32767");
+    }
+  }
+  if (!options.start.empty() && (start[0] >= size[0] || start[1] >= size[1] || start[2] >= size[2]))
+  {
+    throw Error("--start",
+                "voxel " + options.start + " is outside the image of " + std::to_string(size[0]) + " x " +
+                  std::to_string(size[1]) + " x " + std::to_string(size[2]) + " voxels");
+  }
+  std::size_t vesselVoxels = 0;
+  lumo::Image::Pointer mask = binaryMask(image, vesselVoxels);
+  if (mask.GetPointer() != image && !context.quiet)
+  {
+    context.err << "arbo: note: " << options.input << " holds " << image->GetPixelTypeAsString()
+                << " voxels, not unsigned 8-bit; voxels above 0 are taken as vessel\n";
+  }
+  if (vesselVoxels == 0)
+  {
+    throw Error(options.input, "the mask is empty (no voxel above 0): nothing to extract");
+  }
+  progress->Progress();
+
+  auto filter = lumo::SkeletonizationBasedImageToVesselTreeFilter::New();
+  filter->SetInput(mask);
+  const lumo::Vector3D spacing = mask->GetSpacing();
+  lumo::SkeletonizationBasedImageToVesselTreeFilter::SpacingType floatSpacing;
+  for (unsigned int a = 0; a < 3; ++a)
+  {
+    floatSpacing[a] = static_cast<float>(spacing[a]);
+  }
+  filter->SetSpacing(floatSpacing);
+  filter->SetEndpointSuppression(!options.noEndpointSuppression);
+  filter->SetNumberOfCleanedIterations(options.cleanedIterations);
+  filter->SetDefaultBloodVesselType(static_cast<lumo::VesselTreeData::BloodVesselType>(type));
+  if (options.start.empty())
+  {
+    filter->StartAtThickestEndPointOn();
+  }
+  else
+  {
+    lumo::SkeletonizationBasedImageToVesselTreeFilter::StartpointType point;
+    for (unsigned int a = 0; a < 3; ++a)
+    {
+      point[a] = start[a];
+    }
+    filter->SetStartpoint(point);
+  }
+  {
+    // Left-out parts are reported below as a note, not as a toolkit warning.
+    QuietWarnings quiet;
+    filter->Update();
+  }
+  progress->Progress();
+
+  lumo::VesselTreeData::Pointer tree = filter->GetOutput(0);
+  const std::size_t extracted = countVessels(tree->GetVesselTreeData(0));
+  std::size_t spurs = 0;
+  if (!options.keepSpurs)
+  {
+    // Removing spurs can leave a branching with one branch, which merging undoes, which can make new spurs.
+    SpurTreeCleaner spurCleaner;
+    ChildMergingTreeCleaner merger;
+    for (int round = 0; round < 20; ++round)
+    {
+      const std::size_t removed = spurCleaner.clean(tree->GetVesselTreeData(0));
+      spurs += removed;
+      merger.clean(tree->GetVesselTreeData(0));
+      if (removed == 0)
+      {
+        break;
+      }
+    }
+    tree->TopologyModified();
+  }
+  std::size_t pruned = 0;
+  if (options.prune > 0.0)
+  {
+    auto prune = lumo::PruneVesselTreeFilter::New();
+    prune->SetInput(tree);
+    prune->SetMinimumLength(options.prune);
+    prune->Update();
+    pruned = prune->GetNumberOfDroppedVessels();
+    tree = prune->GetOutput();
+    tree->DisconnectPipeline();
+  }
+  if (options.smooth > 0)
+  {
+    auto smooth = lumo::SmoothVesselTreeFilter::New();
+    smooth->SetInput(tree);
+    smooth->SetNumberOfIterations(options.smooth);
+    smooth->Update();
+    tree = smooth->GetOutput();
+    tree->DisconnectPipeline();
+  }
+  {
+    std::unique_ptr<TreeIterator<ar<Vessel>>> it(tree->GetVesselTreeData(0)->newPreorderIterator());
+    while (it->hasNext())
+    {
+      ar<Vessel> vessel = it->next();
+      if (!vessel.isNull())
+      {
+        vessel->getProperties().setBloodVesselType(type);
+      }
+    }
+    tree->AttributesModified();
+  }
+  progress->Progress();
+
+  writeData(tree, options.output);
+  progress->Progress();
+
+  if (!context.quiet)
+  {
+    const ar<Vessel> root = tree->GetVesselTreeData(0)->getRoot();
+    context.err << "arbo: " << countVessels(tree->GetVesselTreeData(0)) << " vessels ("
+                << VesselLabels::bloodVesselTypeName(type) << ") from a skeleton of "
+                << filter->GetNumberOfSkeletonVoxels() << " voxels; " << extracted << " extracted, " << spurs
+                << " spurs removed, " << pruned << " pruned\n";
+    if (filter->GetNumberOfLeftOutParts() > 0)
+    {
+      context.err << "arbo: note: " << filter->GetNumberOfLeftOutParts() << " skeleton parts ("
+                  << filter->GetNumberOfLeftOutVoxels() << " voxels) are not connected to the root and were left out\n";
+    }
+    context.err << "arbo: wrote " << options.output << "\n";
+  }
+}
+} // namespace
+
+void
+addExtractCommand(CLI::App & app, Context & context)
+{
+  auto options = std::make_shared<ExtractOptions>();
+  CLI::App * command = app.add_subcommand("extract", "Extract a vessel tree from a binary vessel segmentation");
+  command->footer(
+    "The mask (any image format; unsigned 8-bit 0/1 is native, other types are thresholded at 0) is thinned to a\n"
+    "skeleton one voxel wide, the skeleton becomes a tree by a breadth-first walk from the root, spurs that bumpy\n"
+    "surfaces leave are removed, and the tree is written in world coordinates (mm) with diameters.\n"
+    "The root is the voxel given with --start (moved to the nearest skeleton voxel), or else the skeleton end\n"
+    "point farthest from the vessel wall: where the thickest vessel ends, usually where it enters the liver.\n"
+    "Skeleton parts not connected to the root are left out and counted in a note.\n"
+    "Examples:\n"
+    "  arbo extract portal-mask.nii.gz -o portal.ves --type portal\n"
+    "  arbo extract hepatic.nrrd -o hepatic.ves --type hepatic --start 255,301,120\n"
+    "  arbo extract artery.mha -o artery.ves --type artery --prune 3 --smooth 2\n"
+    "  arbo extract noisy.nrrd -o tree.ves --cleaned-iterations 2   (fewer small loops from holes)");
+  command->add_option("mask", options->input, "The binary vessel segmentation (3-D image)")->required();
+  command->add_option("-o,--output", options->output, "Where to write the tree (.ves or .vtp)")->required();
+  command->add_option("--start", options->start, "Voxel index i,j,k of the root (default: thickest end point)");
+  command
+    ->add_option("--type",
+                 options->type,
+                 "Blood vessel type of every vessel: portal, hepatic, artery, bile, "
+                 "undefined (or 0-4)")
+    ->capture_default_str();
+  command
+    ->add_option("--cleaned-iterations",
+                 options->cleanedIterations,
+                 "Thinning iterations followed by a cleaning pass that removes small loops and thick spots")
+    ->capture_default_str();
+  command->add_flag("--no-endpoint-suppression",
+                    options->noEndpointSuppression,
+                    "Delete voxels with more neighbours first when thinning (longer spurs; default is the reverse)");
+  command->add_flag("--keep-spurs",
+                    options->keepSpurs,
+                    "Keep the short terminal branches that bumps of the vessel wall leave in the skeleton");
+  command->add_option("--prune", options->prune, "Drop terminal vessels shorter than this (mm), repeatedly")
+    ->check(CLI::NonNegativeNumber);
+  command->add_option("--smooth", options->smooth, "Smoothing passes over each centre line and its diameters");
+  command->callback([options, &context] { extract(*options, context); });
+}
+} // namespace arbo

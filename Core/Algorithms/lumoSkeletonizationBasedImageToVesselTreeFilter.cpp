@@ -1,0 +1,110 @@
+#include "lumoSkeletonizationBasedImageToVesselTreeFilter.h"
+
+#include "lumoLegacyAdaptors.h"
+#include "lumoTransformVesselTreeFilter.h"
+
+#include "BreadthFirstTreeExtractor.h"
+#include "CleaningSelleSkeletonizer.h"
+
+#include <vtkLinearTransform.h>
+
+namespace lumo
+{
+SkeletonizationBasedImageToVesselTreeFilter::SkeletonizationBasedImageToVesselTreeFilter()
+{
+  // Without inputs the filter has nothing to do, which is not an error.
+  this->SetNumberOfRequiredInputs(0);
+  m_Startpoint.Fill(0u);
+  m_Spacing.Fill(1.0f);
+}
+
+SkeletonizationBasedImageToVesselTreeFilter::~SkeletonizationBasedImageToVesselTreeFilter() = default;
+
+void
+SkeletonizationBasedImageToVesselTreeFilter::SetInput(DataObjectPointerArraySizeType index, const Image * image)
+{
+  Superclass::SetInput(index, image);
+  if (this->GetNumberOfIndexedOutputs() < index + 1)
+  {
+    this->ResizeOutputs(index + 1);
+  }
+}
+
+void
+SkeletonizationBasedImageToVesselTreeFilter::GenerateData()
+{
+  for (DataObjectPointerArraySizeType i = 0; i < this->GetNumberOfIndexedInputs(); ++i)
+  {
+    const Image * image = this->GetInput(i);
+    if (image == nullptr)
+    {
+      itkWarningMacro(<< i << "'th input image is null!");
+      return;
+    }
+    lumoIpPicDescriptor * pic = CastToIpPicDescriptor(image);
+    if (pic == nullptr || pic->type != lumoIpPicUInt || pic->bpe != 8 || pic->dim != 3)
+    {
+      itkWarningMacro("Strange: pic file has wrong type...");
+      lumoIpPicFree(pic);
+      return;
+    }
+
+    // The skeletonizer takes over the clone it is given.
+    auto * skeletonizer =
+      new CleaningSelleSkeletonizer(lumoIpPicClone(pic), !m_EndpointSuppression, m_NumberOfCleanedIterations, true);
+    skeletonizer->setVoxelSizeX(m_Spacing[0]);
+    skeletonizer->setVoxelSizeY(m_Spacing[1]);
+    skeletonizer->setVoxelSizeZ(m_Spacing[2]);
+    skeletonizer->skeletonize();
+    lumoIpPicFree(skeletonizer->getDistancePic());
+
+    auto * extractor = new BreadthFirstTreeExtractor;
+    extractor->setStartAtThickestEndPoint(m_StartAtThickestEndPoint);
+    // 16-bit voxel coordinates: larger indices wrap, deliberately.
+    const ::Point3D start(static_cast<unsigned short>(m_Startpoint[0]),
+                          static_cast<unsigned short>(m_Startpoint[1]),
+                          static_cast<unsigned short>(m_Startpoint[2]));
+    const ArVesselTree tree = extractor->getTree(skeletonizer->getBinaryVolume(), skeletonizer->getResultList(), start);
+    m_NumberOfSkeletonVoxels = extractor->getNumberOfSkeletonVoxels();
+    m_NumberOfLeftOutParts = extractor->getNumberOfLeftOutParts();
+    m_NumberOfLeftOutVoxels = extractor->getNumberOfLeftOutVoxels();
+    if (m_NumberOfLeftOutParts > 0)
+    {
+      itkWarningMacro(<< m_NumberOfLeftOutParts << " skeleton part(s) with " << m_NumberOfLeftOutVoxels
+                      << " voxel(s) not connected to the start point were left out");
+    }
+    VesselTreeData * output = this->GetOutput(i);
+    output->initialize(tree);
+
+    auto transform = TransformVesselTreeFilter::New();
+    transform->SetInput(output);
+    transform->SetInPlace(true);
+    transform->SetVtkTransform(image->GetGeometry()->GetVtkTransform());
+    const Vector3D spacing = image->GetGeometry()->GetSpacing();
+    itk::Vector<float, 3> floatSpacing;
+    for (unsigned int a = 0; a < 3; ++a)
+    {
+      floatSpacing[a] = static_cast<float>(spacing[a]);
+    }
+    transform->DeductSpacingFromTransform(floatSpacing);
+    transform->Update();
+
+    lumoIpPicFree(pic);
+    lumoIpPicFree(skeletonizer->getBinaryPic());
+    delete skeletonizer;
+    delete extractor;
+  }
+}
+
+void
+SkeletonizationBasedImageToVesselTreeFilter::PrintSelf(std::ostream & os, itk::Indent indent) const
+{
+  Superclass::PrintSelf(os, indent);
+  os << indent << "Startpoint: " << m_Startpoint << std::endl;
+  os << indent << "Spacing: " << m_Spacing << std::endl;
+  os << indent << "EndpointSuppression: " << m_EndpointSuppression << std::endl;
+  os << indent << "NumberOfCleanedIterations: " << m_NumberOfCleanedIterations << std::endl;
+  os << indent << "DefaultBloodVesselType: " << m_DefaultBloodVesselType << std::endl;
+  os << indent << "StartAtThickestEndPoint: " << m_StartAtThickestEndPoint << std::endl;
+}
+} // namespace lumo
