@@ -28,9 +28,11 @@ void
 addLabelCommand(CLI::App & app, Context & context);
 void
 addSupplyCommand(CLI::App & app, Context & context);
+void
 addPhantomCommand(CLI::App & app, Context & context);
 void
 addCompareCommand(CLI::App & app, Context & context);
+void
 addExtractCommand(CLI::App & app, Context & context);
 } // namespace arbo
 
