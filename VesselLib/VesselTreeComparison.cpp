@@ -268,8 +268,16 @@ VesselTreeComparison::compare(const ArVesselTree & truth, const ArVesselTree & t
   std::vector<double> radiusErrors;
   std::vector<double> relativeErrors;
   std::vector<std::size_t> within(trueSamples.samplesPerVessel.size(), 0);
+  // The figures measured from the truth's side cover the true vessels of the minimum radius only.
+  auto considered = [&](std::size_t vessel) {
+    return trueSamples.meanRadius[vessel] >= m_minimumRadiusVoxels * m_voxelSize;
+  };
   for (const Sample & s : trueSamples.samples)
   {
+    if (!considered(s.vessel))
+    {
+      continue;
+    }
     const Nearest n = testIndex.nearest(s.p);
     distances.push_back(n.distance);
     if (n.distance <= std::max(m_voxelSize, s.radius))
@@ -290,7 +298,7 @@ VesselTreeComparison::compare(const ArVesselTree & truth, const ArVesselTree & t
   for (std::size_t v = 0; v < within.size(); ++v)
   {
     const std::size_t total = trueSamples.samplesPerVessel[v];
-    if (total == 0 || trueSamples.meanRadius[v] < m_minimumRadiusVoxels * m_voxelSize)
+    if (total == 0 || !considered(v))
     {
       continue;
     }

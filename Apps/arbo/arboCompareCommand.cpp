@@ -86,7 +86,7 @@ report(const VesselTreeComparison::Result & r, const CompareOptions & options, C
   out << options.test << " against " << options.truth << " (voxel size " << options.voxelSize << " mm";
   if (options.minimumRadiusVoxels > 0.0)
   {
-    out << ", recall over true vessels of radius >= " << options.minimumRadiusVoxels << " voxels";
+    out << ", truth-side figures over true vessels of radius >= " << options.minimumRadiusVoxels << " voxels";
   }
   out << ")\n";
   out << "                               mean        95th percentile\n";

@@ -156,10 +156,14 @@ TEST(VesselTreeComparison, RadiusErrorAndTheRecallRadiusFilter)
   r = comparison.compare(makeTree(thin), makeTree(missing));
   EXPECT_EQ(r.trueVesselsConsidered, 2u);
   EXPECT_EQ(r.recall, 1.0);
+  // The missed thin branch no longer counts in the distances from the truth's side either.
+  EXPECT_EQ(r.truthToTestMean, 0.0);
+  EXPECT_EQ(r.truthToTestP95, 0.0);
   comparison.setMinimumRadiusVoxels(10.0); // 5 mm: nothing left to count
   r = comparison.compare(makeTree(thin), makeTree(missing));
   EXPECT_EQ(r.trueVesselsConsidered, 0u);
   EXPECT_TRUE(std::isnan(r.recall));
+  EXPECT_TRUE(std::isnan(r.radiusErrorMedian));
   EXPECT_EQ(r.precision, 1.0);
 }
 
