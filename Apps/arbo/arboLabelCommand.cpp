@@ -5,6 +5,7 @@
 
 #include "lumoVesselTreeOperation.h"
 
+#include "VesselLabelTransfer.h"
 #include "VesselLabels.h"
 
 #include <CLI/CLI.hpp>
@@ -20,13 +21,36 @@ struct LabelOptions
   std::string input;
   std::string output;
   std::int32_t vessel{ 0 };
+  bool vesselGiven{ false };
   std::string select{ "single" };
   std::string type;
   std::string segment;
   std::string status;
   bool hide{ false };
   bool show{ false };
+  std::string from;
 };
+
+/** Every vessel takes the labels of the nearest vessel of a reference tree. */
+void
+transferLabels(const LabelOptions & options, Context & context)
+{
+  lumo::VesselTreeData::Pointer reference = readVesselTree(options.from);
+  lumo::VesselTreeData::Pointer data = readVesselTree(options.input);
+  const std::size_t labelled =
+    VesselLabelTransfer::transfer(reference->GetVesselTreeData(0), data->GetVesselTreeData(0));
+  if (labelled == 0)
+  {
+    throw Error(options.from, "holds no centre-line points to take labels from");
+  }
+  data->DeactivateAll(0);
+  writeData(data, options.output);
+  if (!context.quiet)
+  {
+    context.err << "arbo: " << labelled << " vessels took the type, segment and resection status of their nearest "
+                << "vessel in " << options.from << "\narbo: wrote " << options.output << "\n";
+  }
+}
 
 lumo::VesselTreeData::ActivationMode
 selectionMode(const std::string & select)
@@ -61,6 +85,15 @@ countActive(const lumo::VesselTreeData & data)
 void
 label(const LabelOptions & options, Context & context)
 {
+  if (!options.from.empty())
+  {
+    transferLabels(options, context);
+    return;
+  }
+  if (!options.vesselGiven)
+  {
+    throw CLI::RequiredError("--vessel");
+  }
   // Check every label before anything is read or written.
   std::int32_t value = 0;
   std::string what;
@@ -150,16 +183,17 @@ addLabelCommand(CLI::App & app, Context & context)
   auto options = std::make_shared<LabelOptions>();
   CLI::App * command = app.add_subcommand("label", "Set a label on a vessel, its path to the root or its subtree");
   command->footer(
-    "Exactly one of --type, --segment, --status, --hide, --show.\n"
+    "Exactly one of --type, --segment, --status, --hide, --show (with --vessel), or --from (without it).\n"
     "Types: portal, hepatic, artery, bile, undefined (or 0-4). Segments: S_I .. S_VIII, S_IVa, S_IVb, S_All, "
     "the hepatic territories HS_LSV .. HS_RLS, undefined (or 1-27). Status: resect, keep, risk, undefined (or 1-4).\n"
     "A segment is taken only by vessels it fits: portal segments by portal veins, hepatic territories by hepatic "
     "veins. Changing the type resets a segment that no longer fits.\n"
     "Examples: arbo label portal.ves -o planned.ves --vessel 6 --select subtree --status resect\n"
-    "          arbo label portal.ves -o fixed.ves --vessel 12 --segment S_VII");
+    "          arbo label portal.ves -o fixed.ves --vessel 12 --segment S_VII\n"
+    "          arbo label extracted.ves -o labelled.ves --from reference.ves");
   command->add_option("tree", options->input, "The vessel tree to label (.ves)")->required();
   command->add_option("-o,--output", options->output, "Where to write the labelled tree (.ves or .vtp)")->required();
-  command->add_option("--vessel", options->vessel, "Id of the picked vessel")->required();
+  CLI::Option * vessel = command->add_option("--vessel", options->vessel, "Id of the picked vessel");
   command
     ->add_option("--select", options->select, "Which vessels: the picked one, its path to the root, or its subtree")
     ->check(CLI::IsMember({ "single", "path", "subtree" }))
@@ -170,7 +204,13 @@ addLabelCommand(CLI::App & app, Context & context)
   actions->add_option("--status", options->status, "Resection status");
   actions->add_flag("--hide", options->hide, "Hide the vessels");
   actions->add_flag("--show", options->show, "Show the vessels");
+  CLI::Option * from =
+    actions->add_option("--from", options->from, "Take every vessel's labels from the nearest vessel of this tree");
   actions->require_option(1);
-  command->callback([options, &context] { label(*options, context); });
+  from->excludes(vessel);
+  command->callback([options, vessel, &context] {
+    options->vesselGiven = vessel->count() > 0;
+    label(*options, context);
+  });
 }
 } // namespace arbo

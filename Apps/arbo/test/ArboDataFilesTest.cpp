@@ -140,3 +140,35 @@ TEST_F(ArboDataFiles, DataThatDoesNotFitTheOutputIsRefused)
   EXPECT_EQ(std::count(broken.err.begin(), broken.err.end(), '\n'), 1);
   EXPECT_EQ(files(), (std::vector<std::string>{ "broken.nrrd", "image.nrrd" }));
 }
+
+TEST_F(ArboDataFiles, LabelImagesCompareVoxelByVoxel)
+{
+  lumo::Image::Pointer truth = makeImage();
+  lumo::Image::Pointer test = makeImage();
+  auto * a = static_cast<unsigned char *>(truth->GetData());
+  auto * b = static_cast<unsigned char *>(test->GetData());
+  for (unsigned int i = 0; i < 24; ++i)
+  {
+    a[i] = i < 4 ? 0 : (i < 14 ? 2 : 3); // 10 voxels of 2, 10 of 3
+    b[i] = a[i];
+  }
+  b[5] = 3;  // one 2 becomes 3
+  b[20] = 0; // one 3 is lost
+  lumo::WriteImageFile(truth, path("truth.nrrd"));
+  lumo::WriteImageFile(test, path("test.nrrd"));
+  ArboRun run = runArbo({ "compare", path("truth.nrrd"), path("test.nrrd") });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.out,
+            path("test.nrrd") + " against " + path("truth.nrrd") +
+              " (label images)\n"
+              "  same label:   90.0 % of 20 labelled voxels\n"
+              "  label    true voxels    test voxels     Dice\n"
+              "      2             10              9    0.947\n"
+              "      3             10             10    0.900\n");
+  lumo::WriteImageFile(makeImage(), path("other.nrrd"));
+  ArboRun tree = runArbo({ "compare", path("truth.nrrd"), dataFile("sample-portal.ves") });
+  EXPECT_EQ(tree.status, 1);
+  EXPECT_EQ(tree.err,
+            "arbo: " + dataFile("sample-portal.ves") + ": holds vessel tree, not an image like " + path("truth.nrrd") +
+              "\n");
+}

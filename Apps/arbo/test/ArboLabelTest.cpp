@@ -133,3 +133,45 @@ TEST_F(ArboLabel, ExactlyOneLabelIsUsage)
   ArboRun badSelect = runArbo({ "label", sample, "-o", path("out.ves"), "--vessel", "5", "--select", "all", "--hide" });
   EXPECT_EQ(badSelect.status, 2);
 }
+
+TEST_F(ArboLabel, LabelsComeFromTheNearestVesselOfAReferenceTree)
+{
+  // The reference: the sample with the posterior branch (vessel 6 and its subtree) marked for resection.
+  ArboRun plan = runArbo(
+    { "-q", "label", sample, "-o", path("plan.ves"), "--vessel", "6", "--select", "subtree", "--status", "resect" });
+  ASSERT_EQ(plan.status, 0);
+  // The target: the sample with every label reset, as a tree fresh from an image would be.
+  ArboRun bare = runArbo(
+    { "-q", "label", sample, "-o", path("bare.ves"), "--vessel", "1", "--select", "subtree", "--type", "undefined" });
+  ASSERT_EQ(bare.status, 0);
+  ArboRun reset = runArbo({ "-q",
+                            "label",
+                            path("bare.ves"),
+                            "-o",
+                            path("bare.ves"),
+                            "--vessel",
+                            "1",
+                            "--select",
+                            "subtree",
+                            "--status",
+                            "undefined" });
+  ASSERT_EQ(reset.status, 0);
+  ASSERT_EQ(withStatus(path("bare.ves"), 1).size(), 29u);
+
+  ArboRun run = runArbo({ "label", path("bare.ves"), "-o", path("labelled.ves"), "--from", path("plan.ves") });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.err,
+            "arbo: 29 vessels took the type, segment and resection status of their nearest vessel in " +
+              path("plan.ves") + "\narbo: wrote " + path("labelled.ves") + "\n");
+  EXPECT_EQ(withStatus(path("labelled.ves"), 3), withStatus(path("plan.ves"), 3));
+  EXPECT_EQ(idsWhere(path("labelled.ves"), [](const Vessel & v) { return v.getProperties().getSegmentType() == 8; }),
+            idsWhere(sample, [](const Vessel & v) { return v.getProperties().getSegmentType() == 8; }));
+
+  ArboRun both =
+    runArbo({ "label", path("bare.ves"), "-o", path("x.ves"), "--from", path("plan.ves"), "--vessel", "3" });
+  EXPECT_EQ(both.status, 2);
+  ArboRun missing = runArbo({ "label", path("bare.ves"), "-o", path("x.ves"), "--from", path("none.ves") });
+  EXPECT_EQ(missing.status, 1);
+  EXPECT_EQ(missing.err, "arbo: " + path("none.ves") + ": cannot be opened (No such file or directory)\n");
+  EXPECT_FALSE(std::filesystem::exists(path("x.ves")));
+}
