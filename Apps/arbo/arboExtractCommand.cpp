@@ -9,6 +9,7 @@
 #include "lumoPruneVesselTreeFilter.h"
 #include "lumoSkeletonizationBasedImageToVesselTreeFilter.h"
 #include "lumoSmoothVesselTreeFilter.h"
+#include "lumoVesselRadiusRefinementFilter.h"
 
 #include "ChildMergingTreeCleaner.h"
 #include "SpurTreeCleaner.h"
@@ -37,6 +38,7 @@ struct ExtractOptions
   bool keepSpurs{ false };
   double prune{ 0.0 };
   unsigned int smooth{ 0 };
+  bool rawDiameters{ false };
 };
 
 /** Restores the global warning display when the extraction is over, however it ends. */
@@ -256,6 +258,15 @@ extract(const ExtractOptions & options, Context & context)
     tree = smooth->GetOutput();
     tree->DisconnectPipeline();
   }
+  if (!options.rawDiameters)
+  {
+    auto refine = lumo::VesselRadiusRefinementFilter::New();
+    refine->SetInput(tree);
+    refine->SetMask(mask);
+    refine->Update();
+    tree = refine->GetOutput();
+    tree->DisconnectPipeline();
+  }
   {
     std::unique_ptr<TreeIterator<ar<Vessel>>> it(tree->GetVesselTreeData(0)->newPreorderIterator());
     while (it->hasNext())
@@ -330,6 +341,10 @@ addExtractCommand(CLI::App & app, Context & context)
   command->add_option("--prune", options->prune, "Drop terminal vessels shorter than this (mm), repeatedly")
     ->check(CLI::NonNegativeNumber);
   command->add_option("--smooth", options->smooth, "Smoothing passes over each centre line and its diameters");
+  command->add_flag("--raw-diameters",
+                    options->rawDiameters,
+                    "Keep the thinning's diameters (distance to the background less half a voxel) instead of "
+                    "measuring each cross-section of the mask");
   command->callback([options, &context] { extract(*options, context); });
 }
 } // namespace arbo

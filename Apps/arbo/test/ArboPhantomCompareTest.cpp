@@ -221,6 +221,10 @@ TEST_F(ArboCompare, ReportsBadArgumentsAndFiles)
   lumo::WriteImageFile(image, path("image.nrrd"));
   run = runArbo({ "compare", path("image.nrrd"), path("truth.ves") });
   EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err,
+            "arbo: " + path("truth.ves") + ": holds vessel tree, not an image like " + path("image.nrrd") + "\n");
+  run = runArbo({ "compare", path("truth.ves"), path("image.nrrd") });
+  EXPECT_EQ(run.status, 1);
   EXPECT_EQ(run.err, "arbo: " + path("image.nrrd") + ": holds image, not a vessel tree\n");
   EXPECT_EQ(run.out, "");
 }
