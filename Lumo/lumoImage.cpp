@@ -1,7 +1,8 @@
-// lumo::Image and lumo::ImageSource.
+// The 3-D scalar image.
+
+#include "lumoImage.h"
 
 #include "lumoImageAccess.h"
-#include "lumoImageSource.h"
 
 #include <itkImageIOBase.h>
 
@@ -393,51 +394,4 @@ Image::PrintSelf(std::ostream & os, itk::Indent indent) const
   os << indent << "Dimension: " << m_Dimension << std::endl;
   os << indent << "Size: " << m_Size[0] << " " << m_Size[1] << " " << m_Size[2] << std::endl;
 }
-
-// ---------------------------------------------------------------------------------------------------------------
-// ImageSource
-
-ImageSource::ImageSource()
-{
-  this->SetNumberOfRequiredOutputs(1);
-  this->SetNthOutput(0, this->MakeOutput(0));
-}
-
-itk::DataObject::Pointer
-ImageSource::MakeOutput(DataObjectPointerArraySizeType)
-{
-  return Image::New().GetPointer();
-}
-
-Image *
-ImageSource::GetOutput()
-{
-  return dynamic_cast<Image *>(this->GetPrimaryOutput());
-}
-
-Image *
-ImageSource::GetOutput(DataObjectPointerArraySizeType index)
-{
-  return dynamic_cast<Image *>(this->itk::ProcessObject::GetOutput(index));
-}
-
-void
-ImageSource::GraftOutput(Image * graft)
-{
-  this->GraftNthOutput(0, graft);
-}
-
-void
-ImageSource::GraftNthOutput(DataObjectPointerArraySizeType index, Image * graft)
-{
-  Image * output = this->GetOutput(index);
-  if (output && graft)
-  {
-    output->Graft(graft);
-  }
-}
-
-void
-ImageSource::GenerateData()
-{}
 } // namespace lumo

@@ -3,6 +3,7 @@
 
 #include "lumoDataNode.h"
 #include "lumoNodePredicateBase.h"
+#include "lumoTNodePredicateDataType.h"
 
 #include <string>
 
@@ -32,24 +33,6 @@ protected:
   std::string m_ValidDataType;
 };
 
-/** True when the node has data of class T or of a subclass of T (dynamic_cast). */
-template <typename T>
-class TNodePredicateDataType : public NodePredicateBase
-{
-public:
-  lumoClassMacro(TNodePredicateDataType, NodePredicateBase);
-  itkFactorylessNewMacro(Self);
-
-  bool
-  CheckNode(const DataNode * node) const override
-  {
-    return node && dynamic_cast<const T *>(node->GetData()) != nullptr;
-  }
-
-protected:
-  TNodePredicateDataType() = default;
-  ~TNodePredicateDataType() override = default;
-};
 } // namespace lumo
 
 #endif

@@ -1,0 +1,16 @@
+// The data type predicate.
+
+#include "lumoNodePredicateDataType.h"
+
+namespace lumo
+{
+NodePredicateDataType::NodePredicateDataType(const std::string & dataTypeName)
+  : m_ValidDataType(dataTypeName)
+{}
+
+bool
+NodePredicateDataType::CheckNode(const DataNode * node) const
+{
+  return node && node->GetData() && m_ValidDataType == node->GetData()->GetNameOfClass();
+}
+} // namespace lumo
