@@ -19,8 +19,14 @@ namespace lumo
 class BaseDataSerializer : public itk::Object
 {
 public:
-  lumoClassMacro(BaseDataSerializer, itk::Object);
-  itkFactorylessNewMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(BaseDataSerializer);
+
+  using Self = BaseDataSerializer;
+  using Superclass = itk::Object;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(BaseDataSerializer, itk::Object);
+  itkNewMacro(Self);
 
   itkSetStringMacro(FilenameHint);
   itkGetStringMacro(FilenameHint);

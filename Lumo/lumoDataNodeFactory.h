@@ -30,8 +30,14 @@ namespace lumo
 class DataNodeFactory : public BaseProcess
 {
 public:
-  lumoClassMacro(DataNodeFactory, BaseProcess);
-  itkFactorylessNewMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(DataNodeFactory);
+
+  using Self = DataNodeFactory;
+  using Superclass = BaseProcess;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(DataNodeFactory, BaseProcess);
+  itkNewMacro(Self);
 
   itkSetStringMacro(FileName);
   itkGetStringMacro(FileName);

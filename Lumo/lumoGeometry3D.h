@@ -31,8 +31,14 @@ namespace lumo
 class Geometry3D : public itk::Object
 {
 public:
-  lumoClassMacro(Geometry3D, itk::Object);
-  itkFactorylessNewMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(Geometry3D);
+
+  using Self = Geometry3D;
+  using Superclass = itk::Object;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(Geometry3D, itk::Object);
+  itkNewMacro(Self);
 
   using BoundsArrayType = itk::FixedArray<ScalarType, 6>;
   using DirectionType = itk::Matrix<ScalarType, 3, 3>;
@@ -139,8 +145,6 @@ public:
   IndexToWorld(const Vector3D & index, Vector3D & world) const;
   void
   WorldToIndex(const Vector3D & world, Vector3D & index) const;
-
-  itkCloneMacro(Self);
 
 protected:
   Geometry3D();

@@ -17,8 +17,14 @@ template <typename T>
 class IOAdapter : public IOAdapterBase
 {
 public:
-  lumoClassMacro(IOAdapter, IOAdapterBase);
-  itkFactorylessNewMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(IOAdapter);
+
+  using Self = IOAdapter;
+  using Superclass = IOAdapterBase;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(IOAdapter, IOAdapterBase);
+  itkNewMacro(Self);
 
   BaseProcess::Pointer
   CreateIOProcessObject(const std::string & fileName,

@@ -22,7 +22,13 @@ namespace lumo
 class IOAdapterBase : public itk::Object
 {
 public:
-  lumoClassMacro(IOAdapterBase, itk::Object);
+  ITK_DISALLOW_COPY_AND_MOVE(IOAdapterBase);
+
+  using Self = IOAdapterBase;
+  using Superclass = itk::Object;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(IOAdapterBase, itk::Object);
 
   /** A new reader with file name, prefix and pattern set. */
   virtual BaseProcess::Pointer

@@ -13,8 +13,14 @@ namespace lumo
 class ImageWriter : public FileWriterWithInformation
 {
 public:
-  lumoClassMacro(ImageWriter, FileWriterWithInformation);
-  itkFactorylessNewMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(ImageWriter);
+
+  using Self = ImageWriter;
+  using Superclass = FileWriterWithInformation;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(ImageWriter, FileWriterWithInformation);
+  itkNewMacro(Self);
 
   void
   SetInput(Image * image);

@@ -20,8 +20,24 @@ namespace lumo
 class Material : public BaseProperty
 {
 public:
-  lumoClassMacro(Material, BaseProperty);
-  itkFactorylessNewMacro(Self);
+  // Shared and reference counted: never copied or moved; assignment copies the value through Assign.
+  Material(const Material &) = delete;
+  Material(Material &&) = delete;
+  Material &
+  operator=(Material &&) = delete;
+  Material &
+  operator=(const Material & other)
+  {
+    this->Assign(other);
+    return *this;
+  }
+
+  using Self = Material;
+  using Superclass = BaseProperty;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(Material, BaseProperty);
+  itkNewMacro(Self);
   /** A default material with the given colour and opacity. */
   lumoNewMacro2Param(Material, const Color &, double);
 

@@ -11,7 +11,13 @@ namespace lumo
 class NodePredicateCompositeBase : public NodePredicateBase
 {
 public:
-  lumoClassMacro(NodePredicateCompositeBase, NodePredicateBase);
+  ITK_DISALLOW_COPY_AND_MOVE(NodePredicateCompositeBase);
+
+  using Self = NodePredicateCompositeBase;
+  using Superclass = NodePredicateBase;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(NodePredicateCompositeBase, NodePredicateBase);
 
   using ChildPredicates = std::vector<NodePredicateBase::ConstPointer>;
 

@@ -14,7 +14,13 @@ namespace lumo
 class NodePredicateDataType : public NodePredicateBase
 {
 public:
-  lumoClassMacro(NodePredicateDataType, NodePredicateBase);
+  ITK_DISALLOW_COPY_AND_MOVE(NodePredicateDataType);
+
+  using Self = NodePredicateDataType;
+  using Superclass = NodePredicateBase;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(NodePredicateDataType, NodePredicateBase);
   lumoNewMacro1Param(NodePredicateDataType, const std::string &);
 
   bool

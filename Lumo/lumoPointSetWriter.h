@@ -13,8 +13,14 @@ namespace lumo
 class PointSetWriter : public FileWriterWithInformation
 {
 public:
-  lumoClassMacro(PointSetWriter, FileWriterWithInformation);
-  itkFactorylessNewMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(PointSetWriter);
+
+  using Self = PointSetWriter;
+  using Superclass = FileWriterWithInformation;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(PointSetWriter, FileWriterWithInformation);
+  itkNewMacro(Self);
 
   void
   SetInput(PointSet * pointSet);

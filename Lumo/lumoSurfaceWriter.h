@@ -13,8 +13,14 @@ namespace lumo
 class SurfaceWriter : public FileWriterWithInformation
 {
 public:
-  lumoClassMacro(SurfaceWriter, FileWriterWithInformation);
-  itkFactorylessNewMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(SurfaceWriter);
+
+  using Self = SurfaceWriter;
+  using Superclass = FileWriterWithInformation;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(SurfaceWriter, FileWriterWithInformation);
+  itkNewMacro(Self);
 
   void
   SetInput(Surface * surface);

@@ -11,8 +11,14 @@ template <typename T>
 class TNodePredicateDataType : public NodePredicateBase
 {
 public:
-  lumoClassMacro(TNodePredicateDataType, NodePredicateBase);
-  itkFactorylessNewMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(TNodePredicateDataType);
+
+  using Self = TNodePredicateDataType;
+  using Superclass = NodePredicateBase;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(TNodePredicateDataType, NodePredicateBase);
+  itkNewMacro(Self);
 
   bool
   CheckNode(const DataNode * node) const override
