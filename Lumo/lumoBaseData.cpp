@@ -45,6 +45,10 @@ BaseData::SetGeometry(Geometry3D * geometry)
   auto * timeSliced = dynamic_cast<TimeSlicedGeometry *>(geometry);
   if (timeSliced)
   {
+    if (timeSliced == m_TimeSlicedGeometry)
+    {
+      return;
+    }
     m_TimeSlicedGeometry = timeSliced;
   }
   else
@@ -60,11 +64,15 @@ BaseData::SetGeometry(Geometry3D * geometry)
 bool
 BaseData::SetGeometry(Geometry3D * geometry, TimeStepType t)
 {
+  const bool unchanged = geometry && m_TimeSlicedGeometry->GetGeometry3D(t) == geometry;
   if (!m_TimeSlicedGeometry->SetGeometry3D(geometry, t))
   {
     return false;
   }
-  this->Modified();
+  if (!unchanged)
+  {
+    this->Modified();
+  }
   return true;
 }
 

@@ -68,4 +68,13 @@ BaseDataSerializer::CreateForData(const BaseData * data)
   }
   return nullptr;
 }
+
+void
+BaseDataSerializer::PrintSelf(std::ostream & os, itk::Indent indent) const
+{
+  Superclass::PrintSelf(os, indent);
+  os << indent << "FilenameHint: " << m_FilenameHint << std::endl;
+  os << indent << "WorkingDirectory: " << m_WorkingDirectory << std::endl;
+  os << indent << "Data: " << m_Data.GetPointer() << std::endl;
+}
 } // namespace lumo

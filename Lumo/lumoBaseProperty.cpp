@@ -21,4 +21,12 @@ BaseProperty::InternalClone() const
   }
   return clone;
 }
+
+void
+BaseProperty::PrintSelf(std::ostream & os, itk::Indent indent) const
+{
+  Superclass::PrintSelf(os, indent);
+  // Every property prints its value here in its own text form; subclasses add what that form leaves out.
+  os << indent << "Value: " << this->GetValueAsString() << std::endl;
+}
 } // namespace lumo

@@ -68,6 +68,8 @@ public:
 protected:
   BaseProperty() = default;
   ~BaseProperty() override = default;
+  void
+  PrintSelf(std::ostream & os, itk::Indent indent) const override;
 
   /** Clone(): a new object of the same class (CreateAnother) that was given this value with Assign. */
   itk::LightObject::Pointer

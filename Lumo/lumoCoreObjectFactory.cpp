@@ -250,4 +250,11 @@ CoreObjectFactory::GetFileWriters()
   }
   return all;
 }
+
+void
+CoreObjectFactory::PrintSelf(std::ostream & os, itk::Indent indent) const
+{
+  Superclass::PrintSelf(os, indent);
+  os << indent << "ExtraFactories: " << m_ExtraFactories.size() << std::endl;
+}
 } // namespace lumo

@@ -67,6 +67,8 @@ public:
 protected:
   CoreObjectFactory();
   ~CoreObjectFactory() override;
+  void
+  PrintSelf(std::ostream & os, itk::Indent indent) const override;
 
   std::vector<CoreObjectFactoryBase::Pointer> m_ExtraFactories;
 };

@@ -65,4 +65,13 @@ CoreObjectFactoryBase::CreateFileExtensions(const MultimapType & fileExtensionsM
   }
   return text;
 }
+
+void
+CoreObjectFactoryBase::PrintSelf(std::ostream & os, itk::Indent indent) const
+{
+  Superclass::PrintSelf(os, indent);
+  os << indent << "FileExtensions: " << m_FileExtensionsMap.size() << std::endl;
+  os << indent << "SaveFileExtensions: " << m_SaveFileExtensionsMap.size() << std::endl;
+  os << indent << "FileWriters: " << m_FileWriters.size() << std::endl;
+}
 } // namespace lumo

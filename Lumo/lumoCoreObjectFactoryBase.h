@@ -64,6 +64,8 @@ public:
 protected:
   CoreObjectFactoryBase() = default;
   ~CoreObjectFactoryBase() override = default;
+  void
+  PrintSelf(std::ostream & os, itk::Indent indent) const override;
 
   MultimapType m_FileExtensionsMap;
   MultimapType m_SaveFileExtensionsMap;

@@ -172,4 +172,13 @@ DataNodeFactory::SetOutputData(const std::vector<BaseData::Pointer> & data)
     this->SetNthOutput(i, node);
   }
 }
+
+void
+DataNodeFactory::PrintSelf(std::ostream & os, itk::Indent indent) const
+{
+  Superclass::PrintSelf(os, indent);
+  os << indent << "FileName: " << m_FileName << std::endl;
+  os << indent << "FilePrefix: " << m_FilePrefix << std::endl;
+  os << indent << "FilePattern: " << m_FilePattern << std::endl;
+}
 } // namespace lumo

@@ -39,10 +39,13 @@ public:
   itkTypeMacro(DataNodeFactory, BaseProcess);
   itkNewMacro(Self);
 
+  /** Path of the file to open, absolute or relative to the current directory; default "". */
   itkSetStringMacro(FileName);
   itkGetStringMacro(FileName);
+  /** Prefix of a file series (series readers only); default "". */
   itkSetStringMacro(FilePrefix);
   itkGetStringMacro(FilePrefix);
+  /** printf-style pattern of a file series (series readers only); default "". */
   itkSetStringMacro(FilePattern);
   itkGetStringMacro(FilePattern);
 
@@ -69,6 +72,8 @@ public:
 protected:
   DataNodeFactory();
   ~DataNodeFactory() override;
+  void
+  PrintSelf(std::ostream & os, itk::Indent indent) const override;
   void
   GenerateData() override;
   /** Hands the data objects to output nodes (output count = data count). */

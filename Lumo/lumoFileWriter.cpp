@@ -89,4 +89,14 @@ FileWriter::Update()
 {
   this->Write();
 }
+
+void
+FileWriter::PrintSelf(std::ostream & os, itk::Indent indent) const
+{
+  Superclass::PrintSelf(os, indent);
+  os << indent << "FileName: " << m_FileName << std::endl;
+  os << indent << "FilePrefix: " << m_FilePrefix << std::endl;
+  os << indent << "FilePattern: " << m_FilePattern << std::endl;
+  os << indent << "Success: " << (m_Success ? "true" : "false") << std::endl;
+}
 } // namespace lumo

@@ -59,6 +59,8 @@ public:
 protected:
   FileWriter();
   ~FileWriter() override;
+  void
+  PrintSelf(std::ostream & os, itk::Indent indent) const override;
 
   std::string m_FileName;
   std::string m_FilePrefix;

@@ -11,16 +11,34 @@
 
 namespace lumo
 {
+namespace
+{
+// Writes the upper 3 x 4 block (the last row is always 0 0 0 1) and answers whether an element changed, so that
+// the setters mark the geometry modified only for a new value.
+bool
+AssignBlock(vtkMatrix4x4 * matrix, const double block[3][4])
+{
+  bool changed = false;
+  for (int row = 0; row < 3; ++row)
+  {
+    for (int column = 0; column < 4; ++column)
+    {
+      if (matrix->GetElement(row, column) != block[row][column])
+      {
+        matrix->SetElement(row, column, block[row][column]);
+        changed = true;
+      }
+    }
+  }
+  return changed;
+}
+} // namespace
+
 Geometry3D::Geometry3D()
   : m_Matrix(vtkMatrix4x4::New())
   , m_Transform(vtkMatrixToLinearTransform::New())
 {
   m_Transform->SetInput(m_Matrix);
-  m_Spacing.Fill(1.0);
-  for (unsigned int i = 0; i < 6; ++i)
-  {
-    m_Bounds[i] = (i % 2 == 0) ? 0.0 : 1.0;
-  }
 }
 
 Geometry3D::~Geometry3D()
@@ -216,18 +234,18 @@ Geometry3D::SetIndexToWorldTransformByVtkMatrix(vtkMatrix4x4 * matrix)
 void
 Geometry3D::SetIndexToWorldMatrix(const double elements[16])
 {
+  double block[3][4];
   for (int row = 0; row < 3; ++row)
   {
     for (int column = 0; column < 4; ++column)
     {
-      m_Matrix->SetElement(row, column, elements[4 * row + column]);
+      block[row][column] = elements[4 * row + column];
     }
   }
-  m_Matrix->SetElement(3, 0, 0.0);
-  m_Matrix->SetElement(3, 1, 0.0);
-  m_Matrix->SetElement(3, 2, 0.0);
-  m_Matrix->SetElement(3, 3, 1.0);
-  this->TransformChanged();
+  if (AssignBlock(m_Matrix, block))
+  {
+    this->TransformChanged();
+  }
 }
 
 void
@@ -259,12 +277,18 @@ Geometry3D::SetSpacing(const Vector3D & spacing)
     }
   }
   const DirectionType direction = this->GetDirection();
+  double block[3][4];
   for (int row = 0; row < 3; ++row)
   {
     for (int column = 0; column < 3; ++column)
     {
-      m_Matrix->SetElement(row, column, direction[row][column] * spacing[column]);
+      block[row][column] = direction[row][column] * spacing[column];
     }
+    block[row][3] = m_Matrix->GetElement(row, 3);
+  }
+  if (!AssignBlock(m_Matrix, block) && m_Spacing == spacing)
+  {
+    return;
   }
   this->TransformChanged();
   // Keep exactly the given numbers (the column norms may differ in the last bit).
@@ -295,12 +319,20 @@ Geometry3D::GetOrigin() const
 void
 Geometry3D::SetOrigin(const Point3D & origin)
 {
+  bool changed = false;
   for (int row = 0; row < 3; ++row)
   {
-    m_Matrix->SetElement(row, 3, origin[row]);
+    if (m_Matrix->GetElement(row, 3) != origin[row])
+    {
+      m_Matrix->SetElement(row, 3, origin[row]);
+      changed = true;
+    }
   }
-  m_Matrix->Modified();
-  this->Modified();
+  if (changed)
+  {
+    m_Matrix->Modified();
+    this->Modified();
+  }
 }
 
 Geometry3D::DirectionType
@@ -322,12 +354,18 @@ void
 Geometry3D::SetDirection(const DirectionType & direction)
 {
   const Vector3D spacing = m_Spacing;
+  double block[3][4];
   for (int row = 0; row < 3; ++row)
   {
     for (int column = 0; column < 3; ++column)
     {
-      m_Matrix->SetElement(row, column, direction[row][column] * spacing[column]);
+      block[row][column] = direction[row][column] * spacing[column];
     }
+    block[row][3] = m_Matrix->GetElement(row, 3);
+  }
+  if (!AssignBlock(m_Matrix, block))
+  {
+    return;
   }
   this->TransformChanged();
   m_Spacing = spacing;

@@ -85,6 +85,7 @@ public:
   bool
   IsInside(const Point3D & world) const;
 
+  /** Whether index i denotes a voxel centre (informative only, the bounds are as set); default false. */
   itkSetMacro(ImageGeometry, bool);
   itkGetConstMacro(ImageGeometry, bool);
   itkBooleanMacro(ImageGeometry);
@@ -162,10 +163,13 @@ protected:
   void
   TransformChanged();
 
-  BoundsArrayType m_Bounds;
-  vtkMatrix4x4 * m_Matrix;
-  vtkMatrixToLinearTransform * m_Transform;
-  Vector3D m_Spacing;
+  /** Index coordinates, (xmin, xmax, ymin, ymax, zmin, zmax); default the unit box. */
+  BoundsArrayType m_Bounds{ { { 0.0, 1.0, 0.0, 1.0, 0.0, 1.0 } } };
+  /** Owned; made in the constructor (VTK objects come from New()). */
+  vtkMatrix4x4 * m_Matrix{ nullptr };
+  vtkMatrixToLinearTransform * m_Transform{ nullptr };
+  /** Millimetres per index step along each axis, the column lengths of the matrix; default 1. */
+  Vector3D m_Spacing{ 1.0 };
   bool m_ImageGeometry{ false };
 };
 } // namespace lumo

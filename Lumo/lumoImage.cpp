@@ -29,9 +29,7 @@ VisitHeld(itk::IOComponentEnum type, itk::DataObject * held, TFunctor && f)
 }
 } // namespace
 
-Image::Image()
-  : m_PixelType(itk::IOComponentEnum::UNKNOWNCOMPONENTTYPE)
-{}
+Image::Image() = default;
 
 Image::~Image() = default;
 
@@ -319,8 +317,14 @@ Image::GetSpacing() const
 void
 Image::SetSpacing(const Vector3D & spacing)
 {
-  this->GetGeometry(0)->SetSpacing(spacing);
-  this->Modified();
+  // Modified only when the geometry took a new value.
+  Geometry3D * geometry = this->GetGeometry(0);
+  const itk::ModifiedTimeType before = geometry->GetMTime();
+  geometry->SetSpacing(spacing);
+  if (geometry->GetMTime() != before)
+  {
+    this->Modified();
+  }
 }
 
 Point3D
@@ -332,8 +336,14 @@ Image::GetOrigin() const
 void
 Image::SetOrigin(const Point3D & origin)
 {
-  this->GetGeometry(0)->SetOrigin(origin);
-  this->Modified();
+  // Modified only when the geometry took a new value.
+  Geometry3D * geometry = this->GetGeometry(0);
+  const itk::ModifiedTimeType before = geometry->GetMTime();
+  geometry->SetOrigin(origin);
+  if (geometry->GetMTime() != before)
+  {
+    this->Modified();
+  }
 }
 
 Image::DirectionType
@@ -345,8 +355,14 @@ Image::GetDirection() const
 void
 Image::SetDirection(const DirectionType & direction)
 {
-  this->GetGeometry(0)->SetDirection(direction);
-  this->Modified();
+  // Modified only when the geometry took a new value.
+  Geometry3D * geometry = this->GetGeometry(0);
+  const itk::ModifiedTimeType before = geometry->GetMTime();
+  geometry->SetDirection(direction);
+  if (geometry->GetMTime() != before)
+  {
+    this->Modified();
+  }
 }
 
 bool

@@ -154,7 +154,7 @@ protected:
   void
   PrintSelf(std::ostream & os, itk::Indent indent) const override;
 
-  PixelComponentType m_PixelType;
+  PixelComponentType m_PixelType{ itk::IOComponentEnum::UNKNOWNCOMPONENTTYPE };
   unsigned int m_Dimension{ 0 };
   SizeType m_Size{ { 0, 0, 0 } };
   itk::DataObject::Pointer m_ItkImage;

@@ -63,4 +63,11 @@ ImageWriter::GenerateData()
 {
   lumo::WriteImageFile(this->GetInput(), m_FileName, m_UseCompression);
 }
+
+void
+ImageWriter::PrintSelf(std::ostream & os, itk::Indent indent) const
+{
+  Superclass::PrintSelf(os, indent);
+  os << indent << "UseCompression: " << (m_UseCompression ? "true" : "false") << std::endl;
+}
 } // namespace lumo

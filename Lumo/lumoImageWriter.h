@@ -27,6 +27,7 @@ public:
   Image *
   GetInput();
 
+  /** Compress where the format allows it (.nrrd; .nii.gz is compressed anyway); default false. */
   itkSetMacro(UseCompression, bool);
   itkGetConstMacro(UseCompression, bool);
   itkBooleanMacro(UseCompression);
@@ -51,6 +52,8 @@ public:
 protected:
   ImageWriter() = default;
   ~ImageWriter() override = default;
+  void
+  PrintSelf(std::ostream & os, itk::Indent indent) const override;
   void
   GenerateData() override;
 

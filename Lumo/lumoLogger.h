@@ -1,7 +1,7 @@
 #ifndef lumoLogger_h
 #define lumoLogger_h
 
-// The toolkit's logging ("krnlog"): information, warning and error lines.
+// The toolkit's logging: information, warning and error lines.
 //
 //   LUMO_INFO << "ArboCoreObjectFactory c'tor";        // stderr: "[info] ArboCoreObjectFactory c'tor"
 //   LUMO_WARN << "odd spacing " << spacing;            // stderr: "[warning] odd spacing ..."

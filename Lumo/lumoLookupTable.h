@@ -73,7 +73,8 @@ protected:
   void
   PrintSelf(std::ostream & os, itk::Indent indent) const override;
 
-  vtkLookupTable * m_LookupTable;
+  /** Owned (one VTK reference); made in the constructor, never null afterwards. */
+  vtkLookupTable * m_LookupTable{ nullptr };
 };
 } // namespace lumo
 

@@ -54,6 +54,7 @@ public:
     Surface = 2,
   };
 
+  /** Free name of the material, kept in scene files; default "". */
   itkSetMacro(Name, std::string);
   itkGetConstReferenceMacro(Name, std::string);
   void
@@ -65,6 +66,7 @@ public:
   {
     return m_Color;
   }
+  /** Diffuse coefficient of the colour, 0..1 (not clamped); default 1. */
   itkSetMacro(ColorCoefficient, double);
   itkGetConstMacro(ColorCoefficient, double);
   void
@@ -76,16 +78,22 @@ public:
   {
     return m_SpecularColor;
   }
+  /** Specular coefficient, 0..1 (not clamped); default 1. */
   itkSetMacro(SpecularCoefficient, double);
   itkGetConstMacro(SpecularCoefficient, double);
+  /** Specular power (shininess), VTK range 0..128 (not clamped); default 10. */
   itkSetMacro(SpecularPower, double);
   itkGetConstMacro(SpecularPower, double);
+  /** Opacity, 0 (invisible) .. 1 (opaque) (not clamped); default 1. */
   itkSetMacro(Opacity, double);
   itkGetConstMacro(Opacity, double);
+  /** Shading: Flat, Gouraud or Phong (other numbers kept as given); default Gouraud. */
   itkSetEnumMacro(Interpolation, InterpolationType);
   itkGetEnumMacro(Interpolation, InterpolationType);
+  /** Points, Wireframe or Surface (other numbers kept as given); default Surface. */
   itkSetEnumMacro(Representation, RepresentationType);
   itkGetEnumMacro(Representation, RepresentationType);
+  /** Width of lines in pixels, > 0 (not checked); default 1. */
   itkSetMacro(LineWidth, double);
   itkGetConstMacro(LineWidth, double);
 
@@ -120,11 +128,13 @@ protected:
   Material();
   Material(const Color & color, double opacity);
   ~Material() override = default;
+  void
+  PrintSelf(std::ostream & os, itk::Indent indent) const override;
 
   std::string m_Name;
-  Color m_Color;
+  Color m_Color{ 1.0f };
   double m_ColorCoefficient{ 1.0 };
-  Color m_SpecularColor;
+  Color m_SpecularColor{ 1.0f };
   double m_SpecularCoefficient{ 1.0 };
   double m_SpecularPower{ 10.0 };
   double m_Opacity{ 1.0 };

@@ -26,4 +26,11 @@ NodePredicateCompositeBase::RemovePredicate(const NodePredicateBase * predicate)
     this->Modified();
   }
 }
+
+void
+NodePredicateCompositeBase::PrintSelf(std::ostream & os, itk::Indent indent) const
+{
+  Superclass::PrintSelf(os, indent);
+  os << indent << "ChildPredicates: " << m_ChildPredicates.size() << std::endl;
+}
 } // namespace lumo

@@ -36,6 +36,8 @@ public:
 protected:
   NodePredicateCompositeBase() = default;
   ~NodePredicateCompositeBase() override = default;
+  void
+  PrintSelf(std::ostream & os, itk::Indent indent) const override;
 
   ChildPredicates m_ChildPredicates;
 };

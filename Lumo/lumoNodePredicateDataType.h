@@ -35,6 +35,8 @@ public:
 protected:
   explicit NodePredicateDataType(const std::string & dataTypeName);
   ~NodePredicateDataType() override = default;
+  void
+  PrintSelf(std::ostream & os, itk::Indent indent) const override;
 
   std::string m_ValidDataType;
 };

@@ -32,4 +32,15 @@ NodePredicateProperty::CheckNode(const DataNode * node) const
   }
   return *property == *m_ValidProperty;
 }
+
+void
+NodePredicateProperty::PrintSelf(std::ostream & os, itk::Indent indent) const
+{
+  Superclass::PrintSelf(os, indent);
+  os << indent << "Key: " << m_Key << std::endl;
+  os << indent
+     << "ValidProperty: " << (m_ValidProperty ? m_ValidProperty->GetValueAsString() : std::string("(any value)"))
+     << std::endl;
+  os << indent << "RendererName: " << m_RendererName << std::endl;
+}
 } // namespace lumo

@@ -44,6 +44,8 @@ protected:
                                  BaseProperty * property = nullptr,
                                  const std::string & rendererName = "");
   ~NodePredicateProperty() override = default;
+  void
+  PrintSelf(std::ostream & os, itk::Indent indent) const override;
 
   std::string m_Key;
   BaseProperty::Pointer m_ValidProperty;
