@@ -2,7 +2,7 @@
 #define lumoCommon_h
 
 // Basic types and the New() macros with constructor arguments shared by every class of the toolkit slice (namespace
-// lumo). Kept light: only ITK's smart pointer, macros, points, vectors and RGB pixels.
+// lumo). Kept light: ITK's macros, smart pointer and object factory (for itkNewMacro), points, vectors, RGB pixels.
 
 #include <itkMacro.h>
 #include <itkObjectFactory.h>
