@@ -1,16 +1,11 @@
-// BaseData, SlicedData and BaseProcess.
+// Base of the data objects.
 
 #include "lumoBaseData.h"
-#include "lumoBaseProcess.h"
-#include "lumoSlicedData.h"
 
 #include <algorithm>
 
 namespace lumo
 {
-// ---------------------------------------------------------------------------------------------------------------
-// BaseData
-
 BaseData::BaseData()
 {
   // Not virtual here: subclasses call their own InitializeTimeSlicedGeometry in their constructors.
@@ -50,6 +45,10 @@ BaseData::SetGeometry(Geometry3D * geometry)
   auto * timeSliced = dynamic_cast<TimeSlicedGeometry *>(geometry);
   if (timeSliced)
   {
+    if (timeSliced == m_TimeSlicedGeometry)
+    {
+      return;
+    }
     m_TimeSlicedGeometry = timeSliced;
   }
   else
@@ -65,11 +64,15 @@ BaseData::SetGeometry(Geometry3D * geometry)
 bool
 BaseData::SetGeometry(Geometry3D * geometry, TimeStepType t)
 {
+  const bool unchanged = geometry && m_TimeSlicedGeometry->GetGeometry3D(t) == geometry;
   if (!m_TimeSlicedGeometry->SetGeometry3D(geometry, t))
   {
     return false;
   }
-  this->Modified();
+  if (!unchanged)
+  {
+    this->Modified();
+  }
   return true;
 }
 
@@ -209,70 +212,5 @@ BaseData::PrintSelf(std::ostream & os, itk::Indent indent) const
   Superclass::PrintSelf(os, indent);
   os << indent << "Initialized: " << m_Initialized << std::endl;
   os << indent << "TimeSteps: " << this->GetTimeSteps() << std::endl;
-}
-
-// ---------------------------------------------------------------------------------------------------------------
-// SlicedData
-
-SlicedData::SlicedData()
-{
-  this->InitializeTimeSlicedGeometry(1);
-}
-
-SlicedData::~SlicedData() = default;
-
-SlicedGeometry3D *
-SlicedData::GetSlicedGeometry(TimeStepType t) const
-{
-  return dynamic_cast<SlicedGeometry3D *>(this->GetGeometry(t));
-}
-
-void
-SlicedData::SetGeometry(Geometry3D * geometry)
-{
-  if (!geometry || dynamic_cast<TimeSlicedGeometry *>(geometry) || dynamic_cast<SlicedGeometry3D *>(geometry))
-  {
-    Superclass::SetGeometry(geometry);
-    return;
-  }
-  SlicedGeometry3D::Pointer sliced = SlicedGeometry3D::New();
-  double matrix[16];
-  geometry->GetIndexToWorldMatrix(matrix);
-  sliced->SetIndexToWorldMatrix(matrix);
-  sliced->SetBounds(geometry->GetBounds());
-  sliced->SetImageGeometry(geometry->GetImageGeometry());
-  Superclass::SetGeometry(sliced);
-}
-
-void
-SlicedData::InitializeTimeSlicedGeometry(unsigned int timeSteps)
-{
-  TimeSlicedGeometry::Pointer geometry = TimeSlicedGeometry::New();
-  geometry->InitializeEvenlyTimed(SlicedGeometry3D::New(), timeSteps);
-  m_TimeSlicedGeometry = geometry;
-}
-
-// ---------------------------------------------------------------------------------------------------------------
-// BaseProcess
-
-BaseProcess::BaseProcess() = default;
-
-BaseProcess::~BaseProcess() = default;
-
-void
-BaseProcess::ResizeOutputs(DataObjectPointerArraySizeType count)
-{
-  const DataObjectPointerArraySizeType previous = this->GetNumberOfIndexedOutputs();
-  this->SetNumberOfIndexedOutputs(count);
-  for (DataObjectPointerArraySizeType index = previous; index < count; ++index)
-  {
-    this->SetNthOutput(index, this->MakeOutput(index));
-  }
-}
-
-BaseData *
-BaseProcess::GetOutputData(DataObjectPointerArraySizeType index)
-{
-  return dynamic_cast<BaseData *>(this->GetOutput(index));
 }
 } // namespace lumo

@@ -26,7 +26,13 @@ class BaseData
   , public OperationActor
 {
 public:
-  lumoClassMacro(BaseData, itk::DataObject);
+  ITK_DISALLOW_COPY_AND_MOVE(BaseData);
+
+  using Self = BaseData;
+  using Superclass = itk::DataObject;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(BaseData, itk::DataObject);
 
   /** The geometry of a time step, or null outside the time steps. */
   Geometry3D *

@@ -19,13 +19,22 @@ namespace lumo
 class BaseDataSerializer : public itk::Object
 {
 public:
-  lumoClassMacro(BaseDataSerializer, itk::Object);
-  itkFactorylessNewMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(BaseDataSerializer);
 
+  using Self = BaseDataSerializer;
+  using Superclass = itk::Object;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(BaseDataSerializer, itk::Object);
+  itkNewMacro(Self);
+
+  /** A name subclasses may base the written file name on (no directory); default "". */
   itkSetStringMacro(FilenameHint);
   itkGetStringMacro(FilenameHint);
+  /** Existing directory the file is written into; default "" (the current directory). */
   itkSetStringMacro(WorkingDirectory);
   itkGetStringMacro(WorkingDirectory);
+  /** The data to write (held by reference count); default null, for which Serialize fails. */
   itkSetConstObjectMacro(Data, BaseData);
   itkGetConstObjectMacro(Data, BaseData);
 
@@ -45,6 +54,8 @@ public:
 protected:
   BaseDataSerializer();
   ~BaseDataSerializer() override;
+  void
+  PrintSelf(std::ostream & os, itk::Indent indent) const override;
 
   std::string m_FilenameHint;
   std::string m_WorkingDirectory;

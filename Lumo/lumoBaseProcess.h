@@ -18,7 +18,13 @@ class BaseData;
 class BaseProcess : public itk::ProcessObject
 {
 public:
-  lumoClassMacro(BaseProcess, itk::ProcessObject);
+  ITK_DISALLOW_COPY_AND_MOVE(BaseProcess);
+
+  using Self = BaseProcess;
+  using Superclass = itk::ProcessObject;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(BaseProcess, itk::ProcessObject);
 
   /** Sets the number of indexed outputs; outputs that appear are made with MakeOutput(index). */
   virtual void

@@ -23,7 +23,18 @@ namespace lumo
 class BaseProperty : public itk::Object
 {
 public:
-  lumoClassMacro(BaseProperty, itk::Object);
+  // Shared and reference counted: never copied or moved. Assignment stays: it is the property protocol's
+  // value copy (Assign), declared below.
+  BaseProperty(const BaseProperty &) = delete;
+  BaseProperty(BaseProperty &&) = delete;
+  BaseProperty &
+  operator=(BaseProperty &&) = delete;
+
+  using Self = BaseProperty;
+  using Superclass = itk::Object;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(BaseProperty, itk::Object);
 
   virtual bool
   IsEqual(const BaseProperty & other) const = 0;
@@ -57,6 +68,8 @@ public:
 protected:
   BaseProperty() = default;
   ~BaseProperty() override = default;
+  void
+  PrintSelf(std::ostream & os, itk::Indent indent) const override;
 
   /** Clone(): a new object of the same class (CreateAnother) that was given this value with Assign. */
   itk::LightObject::Pointer

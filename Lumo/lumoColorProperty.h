@@ -10,8 +10,24 @@ namespace lumo
 class ColorProperty : public GenericProperty<Color>
 {
 public:
-  lumoClassMacro(ColorProperty, GenericProperty<Color>);
-  itkFactorylessNewMacro(Self);
+  // Shared and reference counted: never copied or moved; assignment copies the value through Assign.
+  ColorProperty(const ColorProperty &) = delete;
+  ColorProperty(ColorProperty &&) = delete;
+  ColorProperty &
+  operator=(ColorProperty &&) = delete;
+  ColorProperty &
+  operator=(const ColorProperty & other)
+  {
+    this->Assign(other);
+    return *this;
+  }
+
+  using Self = ColorProperty;
+  using Superclass = GenericProperty<Color>;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(ColorProperty, GenericProperty);
+  itkNewMacro(Self);
   lumoNewMacro1Param(ColorProperty, const Color &);
   lumoNewMacro3Param(ColorProperty, float, float, float);
   /** From the first three elements of the array. */

@@ -1,10 +1,11 @@
 #ifndef lumoCommon_h
 #define lumoCommon_h
 
-// Basic types and object-model macros shared by every class of the toolkit slice (namespace lumo).
-// Kept light: only ITK's smart pointer, macros, points, vectors and RGB pixels.
+// Basic types and the New() macros with constructor arguments shared by every class of the toolkit slice (namespace
+// lumo). Kept light: ITK's macros, smart pointer and object factory (for itkNewMacro), points, vectors, RGB pixels.
 
 #include <itkMacro.h>
+#include <itkObjectFactory.h>
 #include <itkPoint.h>
 #include <itkRGBPixel.h>
 #include <itkSmartPointer.h>
@@ -21,15 +22,6 @@ using Color = itk::RGBPixel<float>;
 /** Time step index of time-resolved data. */
 using TimeStepType = unsigned int;
 } // namespace lumo
-
-/** Type aliases and the class name of a toolkit class; GetNameOfClass() answers the plain class name
- *  (without the namespace), as the toolkit's conventions require. */
-#define lumoClassMacro(className, SuperClassName)                                                                      \
-  using Self = className;                                                                                              \
-  using Superclass = SuperClassName;                                                                                   \
-  using Pointer = itk::SmartPointer<Self>;                                                                             \
-  using ConstPointer = itk::SmartPointer<const Self>;                                                                  \
-  itkTypeMacro(className, SuperClassName)
 
 /** New() with one, two or three constructor arguments (the object is made with plain new, no factory look-up). */
 #define lumoNewMacro1Param(classname, type)                                                                            \

@@ -1,18 +1,18 @@
-// File writers' base, the core object factory and its base.
+// The toolkit's object factory.
+
+#include "lumoCoreObjectFactory.h"
 
 #include "lumoBoolProperty.h"
 #include "lumoColorProperty.h"
-#include "lumoCoreObjectFactory.h"
 #include "lumoFloatProperty.h"
-#include "lumoImageIO.h"
+#include "lumoImageWriter.h"
 #include "lumoIntProperty.h"
 #include "lumoLevelWindowProperty.h"
 #include "lumoMaterialProperty.h"
-#include "lumoPointSetIO.h"
-#include "lumoSurfaceIO.h"
+#include "lumoPointSetWriter.h"
+#include "lumoSurfaceWriter.h"
 
 #include <algorithm>
-#include <set>
 
 namespace lumo
 {
@@ -34,159 +34,6 @@ MergeExtensions(CoreObjectFactoryBase::MultimapType & target, const CoreObjectFa
   }
 }
 } // namespace
-
-// ---------------------------------------------------------------------------------------------------------------
-// FileWriter
-
-FileWriter::FileWriter()
-{
-  this->SetNumberOfRequiredInputs(1);
-}
-
-FileWriter::~FileWriter() = default;
-
-void
-FileWriter::SetFileName(const char * fileName)
-{
-  const std::string value = fileName ? fileName : "";
-  if (value != m_FileName)
-  {
-    m_FileName = value;
-    this->Modified();
-  }
-}
-
-const char *
-FileWriter::GetFileName() const
-{
-  return m_FileName.c_str();
-}
-
-void
-FileWriter::SetFilePrefix(const char * filePrefix)
-{
-  const std::string value = filePrefix ? filePrefix : "";
-  if (value != m_FilePrefix)
-  {
-    m_FilePrefix = value;
-    this->Modified();
-  }
-}
-
-const char *
-FileWriter::GetFilePrefix() const
-{
-  return m_FilePrefix.c_str();
-}
-
-void
-FileWriter::SetFilePattern(const char * filePattern)
-{
-  const std::string value = filePattern ? filePattern : "";
-  if (value != m_FilePattern)
-  {
-    m_FilePattern = value;
-    this->Modified();
-  }
-}
-
-const char *
-FileWriter::GetFilePattern() const
-{
-  return m_FilePattern.c_str();
-}
-
-void
-FileWriter::SetInputData(BaseData * data)
-{
-  this->SetNthInput(0, data);
-}
-
-BaseData *
-FileWriter::GetInputData()
-{
-  return dynamic_cast<BaseData *>(this->GetInput(0));
-}
-
-void
-FileWriter::Write()
-{
-  m_Success = false;
-  this->GenerateData();
-  m_Success = true;
-}
-
-void
-FileWriter::Update()
-{
-  this->Write();
-}
-
-// ---------------------------------------------------------------------------------------------------------------
-// CoreObjectFactoryBase
-
-std::string
-CoreObjectFactoryBase::GetFileExtensions()
-{
-  return CreateFileExtensions(this->GetFileExtensionsMap());
-}
-
-CoreObjectFactoryBase::MultimapType
-CoreObjectFactoryBase::GetFileExtensionsMap()
-{
-  return m_FileExtensionsMap;
-}
-
-std::string
-CoreObjectFactoryBase::GetSaveFileExtensions()
-{
-  return CreateFileExtensions(this->GetSaveFileExtensionsMap());
-}
-
-CoreObjectFactoryBase::MultimapType
-CoreObjectFactoryBase::GetSaveFileExtensionsMap()
-{
-  return m_SaveFileExtensionsMap;
-}
-
-CoreObjectFactoryBase::FileWriterList
-CoreObjectFactoryBase::GetFileWriters()
-{
-  return m_FileWriters;
-}
-
-std::string
-CoreObjectFactoryBase::CreateFileExtensions(const MultimapType & fileExtensionsMap)
-{
-  // description -> its patterns, in map (pattern) order, each once
-  std::map<std::string, std::vector<std::string>> byDescription;
-  for (const auto & entry : fileExtensionsMap)
-  {
-    std::vector<std::string> & patterns = byDescription[entry.second];
-    if (std::find(patterns.begin(), patterns.end(), entry.first) == patterns.end())
-    {
-      patterns.push_back(entry.first);
-    }
-  }
-  std::string text;
-  for (const auto & entry : byDescription)
-  {
-    text += entry.first + " (";
-    for (std::size_t i = 0; i < entry.second.size(); ++i)
-    {
-      if (i > 0)
-      {
-        text += ' ';
-      }
-      text += entry.second[i];
-    }
-    text += ");;";
-  }
-  return text;
-}
-
-// ---------------------------------------------------------------------------------------------------------------
-// CoreObjectFactory
 
 CoreObjectFactory *
 CoreObjectFactory::GetInstance()
@@ -402,5 +249,12 @@ CoreObjectFactory::GetFileWriters()
     all.insert(all.end(), extra.begin(), extra.end());
   }
   return all;
+}
+
+void
+CoreObjectFactory::PrintSelf(std::ostream & os, itk::Indent indent) const
+{
+  Superclass::PrintSelf(os, indent);
+  os << indent << "ExtraFactories: " << m_ExtraFactories.size() << std::endl;
 }
 } // namespace lumo

@@ -28,7 +28,13 @@ namespace lumo
 class CoreObjectFactory : public CoreObjectFactoryBase
 {
 public:
-  lumoClassMacro(CoreObjectFactory, CoreObjectFactoryBase);
+  ITK_DISALLOW_COPY_AND_MOVE(CoreObjectFactory);
+
+  using Self = CoreObjectFactory;
+  using Superclass = CoreObjectFactoryBase;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(CoreObjectFactory, CoreObjectFactoryBase);
 
   static CoreObjectFactory *
   GetInstance();
@@ -61,6 +67,8 @@ public:
 protected:
   CoreObjectFactory();
   ~CoreObjectFactory() override;
+  void
+  PrintSelf(std::ostream & os, itk::Indent indent) const override;
 
   std::vector<CoreObjectFactoryBase::Pointer> m_ExtraFactories;
 };

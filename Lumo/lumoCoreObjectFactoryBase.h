@@ -25,7 +25,13 @@ namespace lumo
 class CoreObjectFactoryBase : public itk::Object
 {
 public:
-  lumoClassMacro(CoreObjectFactoryBase, itk::Object);
+  ITK_DISALLOW_COPY_AND_MOVE(CoreObjectFactoryBase);
+
+  using Self = CoreObjectFactoryBase;
+  using Superclass = itk::Object;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(CoreObjectFactoryBase, itk::Object);
 
   using MultimapType = std::multimap<std::string, std::string>;
   using FileWriterList = std::vector<FileWriterWithInformation::Pointer>;
@@ -58,6 +64,8 @@ public:
 protected:
   CoreObjectFactoryBase() = default;
   ~CoreObjectFactoryBase() override = default;
+  void
+  PrintSelf(std::ostream & os, itk::Indent indent) const override;
 
   MultimapType m_FileExtensionsMap;
   MultimapType m_SaveFileExtensionsMap;

@@ -317,13 +317,19 @@ DataNode::GetMapper(MapperSlotId slot) const
 void
 DataNode::SetMapper(MapperSlotId slot, itk::Object * mapper)
 {
+  const auto it = m_Mappers.find(slot);
+  const itk::Object * current = it != m_Mappers.end() ? it->second.GetPointer() : nullptr;
+  if (current == mapper)
+  {
+    return;
+  }
   if (mapper)
   {
     m_Mappers[slot] = mapper;
   }
   else
   {
-    m_Mappers.erase(slot);
+    m_Mappers.erase(it);
   }
   this->Modified();
 }

@@ -32,8 +32,14 @@ namespace lumo
 class DataNode : public itk::DataObject
 {
 public:
-  lumoClassMacro(DataNode, itk::DataObject);
-  itkFactorylessNewMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(DataNode);
+
+  using Self = DataNode;
+  using Superclass = itk::DataObject;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(DataNode, itk::DataObject);
+  itkNewMacro(Self);
 
   using MapperSlotId = int;
   enum MapperSlot : MapperSlotId

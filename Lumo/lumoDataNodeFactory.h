@@ -30,13 +30,22 @@ namespace lumo
 class DataNodeFactory : public BaseProcess
 {
 public:
-  lumoClassMacro(DataNodeFactory, BaseProcess);
-  itkFactorylessNewMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(DataNodeFactory);
 
+  using Self = DataNodeFactory;
+  using Superclass = BaseProcess;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(DataNodeFactory, BaseProcess);
+  itkNewMacro(Self);
+
+  /** Path of the file to open, absolute or relative to the current directory; default "". */
   itkSetStringMacro(FileName);
   itkGetStringMacro(FileName);
+  /** Prefix of a file series (series readers only); default "". */
   itkSetStringMacro(FilePrefix);
   itkGetStringMacro(FilePrefix);
+  /** printf-style pattern of a file series (series readers only); default "". */
   itkSetStringMacro(FilePattern);
   itkGetStringMacro(FilePattern);
 
@@ -63,6 +72,8 @@ public:
 protected:
   DataNodeFactory();
   ~DataNodeFactory() override;
+  void
+  PrintSelf(std::ostream & os, itk::Indent indent) const override;
   void
   GenerateData() override;
   /** Hands the data objects to output nodes (output count = data count). */

@@ -25,8 +25,14 @@ namespace lumo
 class DataStorage : public itk::Object
 {
 public:
-  lumoClassMacro(DataStorage, itk::Object);
-  itkFactorylessNewMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(DataStorage);
+
+  using Self = DataStorage;
+  using Superclass = itk::Object;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(DataStorage, itk::Object);
+  itkNewMacro(Self);
 
   using SetOfObjects = itk::VectorContainer<unsigned int, DataNode::Pointer>;
 

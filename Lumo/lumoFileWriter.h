@@ -17,7 +17,13 @@ class BaseData;
 class FileWriter : public BaseProcess
 {
 public:
-  lumoClassMacro(FileWriter, BaseProcess);
+  ITK_DISALLOW_COPY_AND_MOVE(FileWriter);
+
+  using Self = FileWriter;
+  using Superclass = BaseProcess;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(FileWriter, BaseProcess);
 
   virtual void
   SetFileName(const char * fileName);
@@ -53,6 +59,8 @@ public:
 protected:
   FileWriter();
   ~FileWriter() override;
+  void
+  PrintSelf(std::ostream & os, itk::Indent indent) const override;
 
   std::string m_FileName;
   std::string m_FilePrefix;

@@ -18,7 +18,13 @@ namespace lumo
 class FileWriterWithInformation : public FileWriter
 {
 public:
-  lumoClassMacro(FileWriterWithInformation, FileWriter);
+  ITK_DISALLOW_COPY_AND_MOVE(FileWriterWithInformation);
+
+  using Self = FileWriterWithInformation;
+  using Superclass = FileWriter;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(FileWriterWithInformation, FileWriter);
 
   virtual std::string
   GetDefaultFilename() const = 0;

@@ -33,7 +33,23 @@ template <typename T>
 class GenericProperty : public BaseProperty
 {
 public:
-  lumoClassMacro(GenericProperty, BaseProperty);
+  // Shared and reference counted: never copied or moved; assignment copies the value through Assign.
+  GenericProperty(const GenericProperty &) = delete;
+  GenericProperty(GenericProperty &&) = delete;
+  GenericProperty &
+  operator=(GenericProperty &&) = delete;
+  GenericProperty &
+  operator=(const GenericProperty & other)
+  {
+    this->Assign(other);
+    return *this;
+  }
+
+  using Self = GenericProperty;
+  using Superclass = BaseProperty;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(GenericProperty, BaseProperty);
   using ValueType = T;
 
   virtual void
@@ -91,24 +107,5 @@ protected:
   T m_Value;
 };
 } // namespace lumo
-
-/** Declares a named generic property class Name holding a value of Type. */
-#define lumoDeclareGenericProperty(Name, Type, DefaultValue)                                                           \
-  class Name : public ::lumo::GenericProperty<Type>                                                                    \
-  {                                                                                                                    \
-  public:                                                                                                              \
-    lumoClassMacro(Name, ::lumo::GenericProperty<Type>);                                                               \
-    itkFactorylessNewMacro(Self);                                                                                      \
-    lumoNewMacro1Param(Name, const Type &);                                                                            \
-                                                                                                                       \
-  protected:                                                                                                           \
-    Name()                                                                                                             \
-      : Superclass(DefaultValue)                                                                                       \
-    {}                                                                                                                 \
-    explicit Name(const Type & value)                                                                                  \
-      : Superclass(value)                                                                                              \
-    {}                                                                                                                 \
-    ~Name() override = default;                                                                                        \
-  }
 
 #endif

@@ -31,8 +31,14 @@ namespace lumo
 class Geometry3D : public itk::Object
 {
 public:
-  lumoClassMacro(Geometry3D, itk::Object);
-  itkFactorylessNewMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(Geometry3D);
+
+  using Self = Geometry3D;
+  using Superclass = itk::Object;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(Geometry3D, itk::Object);
+  itkNewMacro(Self);
 
   using BoundsArrayType = itk::FixedArray<ScalarType, 6>;
   using DirectionType = itk::Matrix<ScalarType, 3, 3>;
@@ -79,6 +85,7 @@ public:
   bool
   IsInside(const Point3D & world) const;
 
+  /** Whether index i denotes a voxel centre (informative only, the bounds are as set); default false. */
   itkSetMacro(ImageGeometry, bool);
   itkGetConstMacro(ImageGeometry, bool);
   itkBooleanMacro(ImageGeometry);
@@ -140,8 +147,6 @@ public:
   void
   WorldToIndex(const Vector3D & world, Vector3D & index) const;
 
-  itkCloneMacro(Self);
-
 protected:
   Geometry3D();
   ~Geometry3D() override;
@@ -158,10 +163,13 @@ protected:
   void
   TransformChanged();
 
-  BoundsArrayType m_Bounds;
-  vtkMatrix4x4 * m_Matrix;
-  vtkMatrixToLinearTransform * m_Transform;
-  Vector3D m_Spacing;
+  /** Index coordinates, (xmin, xmax, ymin, ymax, zmin, zmax); default the unit box. */
+  BoundsArrayType m_Bounds{ { { 0.0, 1.0, 0.0, 1.0, 0.0, 1.0 } } };
+  /** Owned; made in the constructor (VTK objects come from New()). */
+  vtkMatrix4x4 * m_Matrix{ nullptr };
+  vtkMatrixToLinearTransform * m_Transform{ nullptr };
+  /** Millimetres per index step along each axis, the column lengths of the matrix; default 1. */
+  Vector3D m_Spacing{ 1.0 };
   bool m_ImageGeometry{ false };
 };
 } // namespace lumo

@@ -10,8 +10,24 @@ namespace lumo
 class GroupTagProperty : public BaseProperty
 {
 public:
-  lumoClassMacro(GroupTagProperty, BaseProperty);
-  itkFactorylessNewMacro(Self);
+  // Shared and reference counted: never copied or moved; assignment copies the value through Assign.
+  GroupTagProperty(const GroupTagProperty &) = delete;
+  GroupTagProperty(GroupTagProperty &&) = delete;
+  GroupTagProperty &
+  operator=(GroupTagProperty &&) = delete;
+  GroupTagProperty &
+  operator=(const GroupTagProperty & other)
+  {
+    this->Assign(other);
+    return *this;
+  }
+
+  using Self = GroupTagProperty;
+  using Superclass = BaseProperty;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(GroupTagProperty, BaseProperty);
+  itkNewMacro(Self);
 
   bool
   IsEqual(const BaseProperty & other) const override;

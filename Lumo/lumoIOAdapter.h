@@ -2,6 +2,7 @@
 #define lumoIOAdapter_h
 
 #include "lumoBaseProcess.h"
+#include "lumoIOAdapterBase.h"
 
 #include <itkObject.h>
 
@@ -9,34 +10,6 @@
 
 namespace lumo
 {
-/** What lumo::DataNodeFactory asks of a registered file type: whether it reads a file, and a new reader for it.
- *
- *  Registration: an ITK object factory (an itk::ObjectFactoryBase subclass registered with
- *  itk::ObjectFactoryBase::RegisterFactory) registers, in its constructor, an override of the class name
- *  "lumoIOAdapter":
- *
- *    this->RegisterOverride("lumoIOAdapter", "lumoVesselTreeFileReader", "lumo Ves VesselTree IO", true,
- *                           itk::CreateObjectFunction<lumo::IOAdapter<lumo::VesselTreeFileReader>>::New());
- *
- *  The toolkit finds every adapter with itk::ObjectFactoryBase::CreateAllInstance("lumoIOAdapter"). */
-class IOAdapterBase : public itk::Object
-{
-public:
-  lumoClassMacro(IOAdapterBase, itk::Object);
-
-  /** A new reader with file name, prefix and pattern set. */
-  virtual BaseProcess::Pointer
-  CreateIOProcessObject(const std::string & fileName,
-                        const std::string & filePrefix,
-                        const std::string & filePattern) = 0;
-
-  virtual bool
-  CanReadFile(const std::string & fileName, const std::string & filePrefix, const std::string & filePattern) = 0;
-
-protected:
-  IOAdapterBase() = default;
-  ~IOAdapterBase() override = default;
-};
 
 /** The adapter of a reader class T: T is a lumo::BaseProcess with New(), SetFileName, SetFilePrefix and
  *  SetFilePattern (const char *), and a static CanReadFile(name, prefix, pattern) (see lumo::FileReader). */
@@ -44,8 +17,14 @@ template <typename T>
 class IOAdapter : public IOAdapterBase
 {
 public:
-  lumoClassMacro(IOAdapter, IOAdapterBase);
-  itkFactorylessNewMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(IOAdapter);
+
+  using Self = IOAdapter;
+  using Superclass = IOAdapterBase;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(IOAdapter, IOAdapterBase);
+  itkNewMacro(Self);
 
   BaseProcess::Pointer
   CreateIOProcessObject(const std::string & fileName,

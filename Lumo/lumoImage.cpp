@@ -1,7 +1,8 @@
-// lumo::Image and lumo::ImageSource.
+// The 3-D scalar image.
+
+#include "lumoImage.h"
 
 #include "lumoImageAccess.h"
-#include "lumoImageSource.h"
 
 #include <itkImageIOBase.h>
 
@@ -28,9 +29,7 @@ VisitHeld(itk::IOComponentEnum type, itk::DataObject * held, TFunctor && f)
 }
 } // namespace
 
-Image::Image()
-  : m_PixelType(itk::IOComponentEnum::UNKNOWNCOMPONENTTYPE)
-{}
+Image::Image() = default;
 
 Image::~Image() = default;
 
@@ -318,8 +317,14 @@ Image::GetSpacing() const
 void
 Image::SetSpacing(const Vector3D & spacing)
 {
-  this->GetGeometry(0)->SetSpacing(spacing);
-  this->Modified();
+  // Modified only when the geometry took a new value.
+  Geometry3D * geometry = this->GetGeometry(0);
+  const itk::ModifiedTimeType before = geometry->GetMTime();
+  geometry->SetSpacing(spacing);
+  if (geometry->GetMTime() != before)
+  {
+    this->Modified();
+  }
 }
 
 Point3D
@@ -331,8 +336,14 @@ Image::GetOrigin() const
 void
 Image::SetOrigin(const Point3D & origin)
 {
-  this->GetGeometry(0)->SetOrigin(origin);
-  this->Modified();
+  // Modified only when the geometry took a new value.
+  Geometry3D * geometry = this->GetGeometry(0);
+  const itk::ModifiedTimeType before = geometry->GetMTime();
+  geometry->SetOrigin(origin);
+  if (geometry->GetMTime() != before)
+  {
+    this->Modified();
+  }
 }
 
 Image::DirectionType
@@ -344,8 +355,14 @@ Image::GetDirection() const
 void
 Image::SetDirection(const DirectionType & direction)
 {
-  this->GetGeometry(0)->SetDirection(direction);
-  this->Modified();
+  // Modified only when the geometry took a new value.
+  Geometry3D * geometry = this->GetGeometry(0);
+  const itk::ModifiedTimeType before = geometry->GetMTime();
+  geometry->SetDirection(direction);
+  if (geometry->GetMTime() != before)
+  {
+    this->Modified();
+  }
 }
 
 bool
@@ -393,51 +410,4 @@ Image::PrintSelf(std::ostream & os, itk::Indent indent) const
   os << indent << "Dimension: " << m_Dimension << std::endl;
   os << indent << "Size: " << m_Size[0] << " " << m_Size[1] << " " << m_Size[2] << std::endl;
 }
-
-// ---------------------------------------------------------------------------------------------------------------
-// ImageSource
-
-ImageSource::ImageSource()
-{
-  this->SetNumberOfRequiredOutputs(1);
-  this->SetNthOutput(0, this->MakeOutput(0));
-}
-
-itk::DataObject::Pointer
-ImageSource::MakeOutput(DataObjectPointerArraySizeType)
-{
-  return Image::New().GetPointer();
-}
-
-Image *
-ImageSource::GetOutput()
-{
-  return dynamic_cast<Image *>(this->GetPrimaryOutput());
-}
-
-Image *
-ImageSource::GetOutput(DataObjectPointerArraySizeType index)
-{
-  return dynamic_cast<Image *>(this->itk::ProcessObject::GetOutput(index));
-}
-
-void
-ImageSource::GraftOutput(Image * graft)
-{
-  this->GraftNthOutput(0, graft);
-}
-
-void
-ImageSource::GraftNthOutput(DataObjectPointerArraySizeType index, Image * graft)
-{
-  Image * output = this->GetOutput(index);
-  if (output && graft)
-  {
-    output->Graft(graft);
-  }
-}
-
-void
-ImageSource::GenerateData()
-{}
 } // namespace lumo

@@ -33,8 +33,14 @@ namespace lumo
 class Image : public SlicedData
 {
 public:
-  lumoClassMacro(Image, SlicedData);
-  itkFactorylessNewMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(Image);
+
+  using Self = Image;
+  using Superclass = SlicedData;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(Image, SlicedData);
+  itkNewMacro(Self);
 
   using PixelComponentType = itk::IOComponentEnum;
   using SizeType = SlicedGeometry3D::SizeType;
@@ -148,7 +154,7 @@ protected:
   void
   PrintSelf(std::ostream & os, itk::Indent indent) const override;
 
-  PixelComponentType m_PixelType;
+  PixelComponentType m_PixelType{ itk::IOComponentEnum::UNKNOWNCOMPONENTTYPE };
   unsigned int m_Dimension{ 0 };
   SizeType m_Size{ { 0, 0, 0 } };
   itk::DataObject::Pointer m_ItkImage;

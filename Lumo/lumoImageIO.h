@@ -3,6 +3,7 @@
 
 #include "lumoFileWriterWithInformation.h"
 #include "lumoImage.h"
+#include "lumoImageWriter.h"
 
 #include <itkImageFileReaderException.h>
 
@@ -43,47 +44,6 @@ CanWriteImageFile(const std::string & fileName);
 void
 WriteImageFile(const Image * image, const std::string & fileName, bool useCompression = false);
 
-/** The image writer offered to save dialogs: NRRD by default; also .nii, .nii.gz, .mhd, .mha. */
-class ImageWriter : public FileWriterWithInformation
-{
-public:
-  lumoClassMacro(ImageWriter, FileWriterWithInformation);
-  itkFactorylessNewMacro(Self);
-
-  void
-  SetInput(Image * image);
-  Image *
-  GetInput();
-
-  itkSetMacro(UseCompression, bool);
-  itkGetConstMacro(UseCompression, bool);
-  itkBooleanMacro(UseCompression);
-
-  /** "Image.nrrd" */
-  std::string
-  GetDefaultFilename() const override;
-  /** "Image (*.nrrd *.nii *.nii.gz *.mhd *.mha)" */
-  std::string
-  GetFileDialogPattern() const override;
-  /** ".nrrd" */
-  std::string
-  GetDefaultExtension() const override;
-  /** ".nrrd", ".nii", ".nii.gz", ".mhd", ".mha" */
-  std::vector<std::string>
-  GetPossibleFileExtensions() const override;
-  bool
-  CanWriteBaseDataType(const BaseData * data) const override;
-  void
-  DoWrite(BaseData * data) override;
-
-protected:
-  ImageWriter() = default;
-  ~ImageWriter() override = default;
-  void
-  GenerateData() override;
-
-  bool m_UseCompression{ false };
-};
 } // namespace lumo
 
 #endif

@@ -11,8 +11,14 @@ namespace lumo
 class ImageSource : public BaseProcess
 {
 public:
-  lumoClassMacro(ImageSource, BaseProcess);
-  itkFactorylessNewMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(ImageSource);
+
+  using Self = ImageSource;
+  using Superclass = BaseProcess;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(ImageSource, BaseProcess);
+  itkNewMacro(Self);
 
   using Superclass::MakeOutput;
   itk::DataObject::Pointer

@@ -11,8 +11,24 @@ namespace lumo
 class LevelWindowProperty : public BaseProperty
 {
 public:
-  lumoClassMacro(LevelWindowProperty, BaseProperty);
-  itkFactorylessNewMacro(Self);
+  // Shared and reference counted: never copied or moved; assignment copies the value through Assign.
+  LevelWindowProperty(const LevelWindowProperty &) = delete;
+  LevelWindowProperty(LevelWindowProperty &&) = delete;
+  LevelWindowProperty &
+  operator=(LevelWindowProperty &&) = delete;
+  LevelWindowProperty &
+  operator=(const LevelWindowProperty & other)
+  {
+    this->Assign(other);
+    return *this;
+  }
+
+  using Self = LevelWindowProperty;
+  using Superclass = BaseProperty;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(LevelWindowProperty, BaseProperty);
+  itkNewMacro(Self);
   lumoNewMacro1Param(LevelWindowProperty, const LevelWindow &);
 
   const LevelWindow &

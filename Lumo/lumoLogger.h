@@ -1,7 +1,7 @@
 #ifndef lumoLogger_h
 #define lumoLogger_h
 
-// The toolkit's logging ("krnlog"): information, warning and error lines.
+// The toolkit's logging: information, warning and error lines.
 //
 //   LUMO_INFO << "ArboCoreObjectFactory c'tor";        // stderr: "[info] ArboCoreObjectFactory c'tor"
 //   LUMO_WARN << "odd spacing " << spacing;            // stderr: "[warning] odd spacing ..."
@@ -58,43 +58,10 @@ public:
   FormatLine(Level level, const std::string & message);
 };
 
-/** Collects one message and writes it when destroyed (at the end of the full statement). */
-class LogStream
-{
-public:
-  explicit LogStream(Logger::Level level);
-  ~LogStream();
-  LogStream(const LogStream &) = delete;
-  LogStream &
-  operator=(const LogStream &) = delete;
-
-  template <typename T>
-  LogStream &
-  operator<<(const T & value)
-  {
-    if (m_Enabled)
-    {
-      m_Stream << value;
-    }
-    return *this;
-  }
-
-  LogStream &
-  operator<<(std::ostream & (*manipulator)(std::ostream &))
-  {
-    if (m_Enabled)
-    {
-      manipulator(m_Stream);
-    }
-    return *this;
-  }
-
-private:
-  Logger::Level m_Level;
-  bool m_Enabled;
-  std::ostringstream m_Stream;
-};
 } // namespace lumo
+
+// LogStream needs Logger::Level, the macros need LogStream: it comes after the class.
+#include "lumoLogStream.h"
 
 #define LUMO_INFO ::lumo::LogStream(::lumo::Logger::Level::Info)
 #define LUMO_WARN ::lumo::LogStream(::lumo::Logger::Level::Warning)

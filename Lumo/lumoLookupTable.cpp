@@ -1,7 +1,6 @@
-// The colour lookup table and its pipeline source.
+// The colour lookup table.
 
 #include "lumoLookupTable.h"
-#include "lumoLookupTableSource.h"
 
 #include <vtkLookupTable.h>
 
@@ -143,34 +142,4 @@ LookupTable::PrintSelf(std::ostream & os, itk::Indent indent) const
   Superclass::PrintSelf(os, indent);
   os << indent << "NumberOfColors: " << this->GetNumberOfColors() << std::endl;
 }
-
-// ---------------------------------------------------------------------------------------------------------------
-
-LookupTableSource::LookupTableSource()
-{
-  this->SetNumberOfRequiredOutputs(1);
-  this->SetNthOutput(0, this->MakeOutput(0));
-}
-
-itk::DataObject::Pointer
-LookupTableSource::MakeOutput(DataObjectPointerArraySizeType)
-{
-  return LookupTable::New().GetPointer();
-}
-
-LookupTable *
-LookupTableSource::GetOutput()
-{
-  return dynamic_cast<LookupTable *>(this->GetPrimaryOutput());
-}
-
-LookupTable *
-LookupTableSource::GetOutput(DataObjectPointerArraySizeType index)
-{
-  return dynamic_cast<LookupTable *>(this->itk::ProcessObject::GetOutput(index));
-}
-
-void
-LookupTableSource::GenerateData()
-{}
 } // namespace lumo

@@ -16,8 +16,19 @@ namespace lumo
 class LookupTable : public itk::DataObject
 {
 public:
-  lumoClassMacro(LookupTable, itk::DataObject);
-  itkFactorylessNewMacro(Self);
+  // Shared and reference counted: never copied or moved. Assignment (a deep copy of the table) stays,
+  // declared below, because table subclasses refine it.
+  LookupTable(const LookupTable &) = delete;
+  LookupTable(LookupTable &&) = delete;
+  LookupTable &
+  operator=(LookupTable &&) = delete;
+
+  using Self = LookupTable;
+  using Superclass = itk::DataObject;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(LookupTable, itk::DataObject);
+  itkNewMacro(Self);
 
   /** The wrapped table (never null). */
   vtkLookupTable *
@@ -62,7 +73,8 @@ protected:
   void
   PrintSelf(std::ostream & os, itk::Indent indent) const override;
 
-  vtkLookupTable * m_LookupTable;
+  /** Owned (one VTK reference); made in the constructor, never null afterwards. */
+  vtkLookupTable * m_LookupTable{ nullptr };
 };
 } // namespace lumo
 

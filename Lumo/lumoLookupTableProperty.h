@@ -12,8 +12,24 @@ namespace lumo
 class LookupTableProperty : public BaseProperty
 {
 public:
-  lumoClassMacro(LookupTableProperty, BaseProperty);
-  itkFactorylessNewMacro(Self);
+  // Shared and reference counted: never copied or moved; assignment copies the value through Assign.
+  LookupTableProperty(const LookupTableProperty &) = delete;
+  LookupTableProperty(LookupTableProperty &&) = delete;
+  LookupTableProperty &
+  operator=(LookupTableProperty &&) = delete;
+  LookupTableProperty &
+  operator=(const LookupTableProperty & other)
+  {
+    this->Assign(other);
+    return *this;
+  }
+
+  using Self = LookupTableProperty;
+  using Superclass = BaseProperty;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(LookupTableProperty, BaseProperty);
+  itkNewMacro(Self);
   lumoNewMacro1Param(LookupTableProperty, LookupTable *);
 
   LookupTable *

@@ -11,8 +11,14 @@ namespace lumo
 class LookupTableSource : public BaseProcess
 {
 public:
-  lumoClassMacro(LookupTableSource, BaseProcess);
-  itkFactorylessNewMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(LookupTableSource);
+
+  using Self = LookupTableSource;
+  using Superclass = BaseProcess;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(LookupTableSource, BaseProcess);
+  itkNewMacro(Self);
 
   using Superclass::MakeOutput;
   itk::DataObject::Pointer

@@ -20,14 +20,10 @@ MakeColor(float red, float green, float blue)
 }
 } // namespace
 
-Material::Material()
-  : m_Color(MakeColor(1.0f, 1.0f, 1.0f))
-  , m_SpecularColor(MakeColor(1.0f, 1.0f, 1.0f))
-{}
+Material::Material() = default;
 
 Material::Material(const Color & color, double opacity)
   : m_Color(color)
-  , m_SpecularColor(MakeColor(1.0f, 1.0f, 1.0f))
   , m_Opacity(opacity)
 {}
 
@@ -197,5 +193,19 @@ Material::GetValueAsString() const
   return "color " + ValueToPropertyString(m_Color) + ", opacity " + ValueToPropertyString(m_Opacity) +
          ", interpolation " + GetInterpolationName(m_Interpolation) + ", representation " +
          GetRepresentationName(m_Representation);
+}
+
+void
+Material::PrintSelf(std::ostream & os, itk::Indent indent) const
+{
+  Superclass::PrintSelf(os, indent);
+  os << indent << "Name: " << m_Name << std::endl;
+  os << indent << "Color: " << m_Color << ", coefficient " << m_ColorCoefficient << std::endl;
+  os << indent << "SpecularColor: " << m_SpecularColor << ", coefficient " << m_SpecularCoefficient << ", power "
+     << m_SpecularPower << std::endl;
+  os << indent << "Opacity: " << m_Opacity << std::endl;
+  os << indent << "Interpolation: " << static_cast<int>(m_Interpolation) << std::endl;
+  os << indent << "Representation: " << static_cast<int>(m_Representation) << std::endl;
+  os << indent << "LineWidth: " << m_LineWidth << std::endl;
 }
 } // namespace lumo

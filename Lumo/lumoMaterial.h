@@ -20,8 +20,24 @@ namespace lumo
 class Material : public BaseProperty
 {
 public:
-  lumoClassMacro(Material, BaseProperty);
-  itkFactorylessNewMacro(Self);
+  // Shared and reference counted: never copied or moved; assignment copies the value through Assign.
+  Material(const Material &) = delete;
+  Material(Material &&) = delete;
+  Material &
+  operator=(Material &&) = delete;
+  Material &
+  operator=(const Material & other)
+  {
+    this->Assign(other);
+    return *this;
+  }
+
+  using Self = Material;
+  using Superclass = BaseProperty;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(Material, BaseProperty);
+  itkNewMacro(Self);
   /** A default material with the given colour and opacity. */
   lumoNewMacro2Param(Material, const Color &, double);
 
@@ -38,6 +54,7 @@ public:
     Surface = 2,
   };
 
+  /** Free name of the material, kept in scene files; default "". */
   itkSetMacro(Name, std::string);
   itkGetConstReferenceMacro(Name, std::string);
   void
@@ -49,6 +66,7 @@ public:
   {
     return m_Color;
   }
+  /** Diffuse coefficient of the colour, 0..1 (not clamped); default 1. */
   itkSetMacro(ColorCoefficient, double);
   itkGetConstMacro(ColorCoefficient, double);
   void
@@ -60,16 +78,22 @@ public:
   {
     return m_SpecularColor;
   }
+  /** Specular coefficient, 0..1 (not clamped); default 1. */
   itkSetMacro(SpecularCoefficient, double);
   itkGetConstMacro(SpecularCoefficient, double);
+  /** Specular power (shininess), VTK range 0..128 (not clamped); default 10. */
   itkSetMacro(SpecularPower, double);
   itkGetConstMacro(SpecularPower, double);
+  /** Opacity, 0 (invisible) .. 1 (opaque) (not clamped); default 1. */
   itkSetMacro(Opacity, double);
   itkGetConstMacro(Opacity, double);
+  /** Shading: Flat, Gouraud or Phong (other numbers kept as given); default Gouraud. */
   itkSetEnumMacro(Interpolation, InterpolationType);
   itkGetEnumMacro(Interpolation, InterpolationType);
+  /** Points, Wireframe or Surface (other numbers kept as given); default Surface. */
   itkSetEnumMacro(Representation, RepresentationType);
   itkGetEnumMacro(Representation, RepresentationType);
+  /** Width of lines in pixels, > 0 (not checked); default 1. */
   itkSetMacro(LineWidth, double);
   itkGetConstMacro(LineWidth, double);
 
@@ -104,11 +128,13 @@ protected:
   Material();
   Material(const Color & color, double opacity);
   ~Material() override = default;
+  void
+  PrintSelf(std::ostream & os, itk::Indent indent) const override;
 
   std::string m_Name;
-  Color m_Color;
+  Color m_Color{ 1.0f };
   double m_ColorCoefficient{ 1.0 };
-  Color m_SpecularColor;
+  Color m_SpecularColor{ 1.0f };
   double m_SpecularCoefficient{ 1.0 };
   double m_SpecularPower{ 10.0 };
   double m_Opacity{ 1.0 };

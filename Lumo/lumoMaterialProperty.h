@@ -11,8 +11,24 @@ namespace lumo
 class MaterialProperty : public BaseProperty
 {
 public:
-  lumoClassMacro(MaterialProperty, BaseProperty);
-  itkFactorylessNewMacro(Self);
+  // Shared and reference counted: never copied or moved; assignment copies the value through Assign.
+  MaterialProperty(const MaterialProperty &) = delete;
+  MaterialProperty(MaterialProperty &&) = delete;
+  MaterialProperty &
+  operator=(MaterialProperty &&) = delete;
+  MaterialProperty &
+  operator=(const MaterialProperty & other)
+  {
+    this->Assign(other);
+    return *this;
+  }
+
+  using Self = MaterialProperty;
+  using Superclass = BaseProperty;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(MaterialProperty, BaseProperty);
+  itkNewMacro(Self);
   lumoNewMacro1Param(MaterialProperty, const Material &);
 
   Material *

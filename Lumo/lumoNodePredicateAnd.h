@@ -9,8 +9,14 @@ namespace lumo
 class NodePredicateAnd : public NodePredicateCompositeBase
 {
 public:
-  lumoClassMacro(NodePredicateAnd, NodePredicateCompositeBase);
-  itkFactorylessNewMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(NodePredicateAnd);
+
+  using Self = NodePredicateAnd;
+  using Superclass = NodePredicateCompositeBase;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(NodePredicateAnd, NodePredicateCompositeBase);
+  itkNewMacro(Self);
   lumoNewMacro2Param(NodePredicateAnd, const NodePredicateBase *, const NodePredicateBase *);
   lumoNewMacro3Param(NodePredicateAnd, const NodePredicateBase *, const NodePredicateBase *, const NodePredicateBase *);
 

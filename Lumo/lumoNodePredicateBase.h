@@ -13,7 +13,13 @@ class DataNode;
 class NodePredicateBase : public itk::Object
 {
 public:
-  lumoClassMacro(NodePredicateBase, itk::Object);
+  ITK_DISALLOW_COPY_AND_MOVE(NodePredicateBase);
+
+  using Self = NodePredicateBase;
+  using Superclass = itk::Object;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(NodePredicateBase, itk::Object);
 
   virtual bool
   CheckNode(const DataNode * node) const = 0;

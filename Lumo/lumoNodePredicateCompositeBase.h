@@ -11,7 +11,13 @@ namespace lumo
 class NodePredicateCompositeBase : public NodePredicateBase
 {
 public:
-  lumoClassMacro(NodePredicateCompositeBase, NodePredicateBase);
+  ITK_DISALLOW_COPY_AND_MOVE(NodePredicateCompositeBase);
+
+  using Self = NodePredicateCompositeBase;
+  using Superclass = NodePredicateBase;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(NodePredicateCompositeBase, NodePredicateBase);
 
   using ChildPredicates = std::vector<NodePredicateBase::ConstPointer>;
 
@@ -30,6 +36,8 @@ public:
 protected:
   NodePredicateCompositeBase() = default;
   ~NodePredicateCompositeBase() override = default;
+  void
+  PrintSelf(std::ostream & os, itk::Indent indent) const override;
 
   ChildPredicates m_ChildPredicates;
 };

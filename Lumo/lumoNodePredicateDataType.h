@@ -3,6 +3,7 @@
 
 #include "lumoDataNode.h"
 #include "lumoNodePredicateBase.h"
+#include "lumoTNodePredicateDataType.h"
 
 #include <string>
 
@@ -13,7 +14,13 @@ namespace lumo
 class NodePredicateDataType : public NodePredicateBase
 {
 public:
-  lumoClassMacro(NodePredicateDataType, NodePredicateBase);
+  ITK_DISALLOW_COPY_AND_MOVE(NodePredicateDataType);
+
+  using Self = NodePredicateDataType;
+  using Superclass = NodePredicateBase;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(NodePredicateDataType, NodePredicateBase);
   lumoNewMacro1Param(NodePredicateDataType, const std::string &);
 
   bool
@@ -28,28 +35,12 @@ public:
 protected:
   explicit NodePredicateDataType(const std::string & dataTypeName);
   ~NodePredicateDataType() override = default;
+  void
+  PrintSelf(std::ostream & os, itk::Indent indent) const override;
 
   std::string m_ValidDataType;
 };
 
-/** True when the node has data of class T or of a subclass of T (dynamic_cast). */
-template <typename T>
-class TNodePredicateDataType : public NodePredicateBase
-{
-public:
-  lumoClassMacro(TNodePredicateDataType, NodePredicateBase);
-  itkFactorylessNewMacro(Self);
-
-  bool
-  CheckNode(const DataNode * node) const override
-  {
-    return node && dynamic_cast<const T *>(node->GetData()) != nullptr;
-  }
-
-protected:
-  TNodePredicateDataType() = default;
-  ~TNodePredicateDataType() override = default;
-};
 } // namespace lumo
 
 #endif

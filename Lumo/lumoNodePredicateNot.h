@@ -9,7 +9,13 @@ namespace lumo
 class NodePredicateNot : public NodePredicateCompositeBase
 {
 public:
-  lumoClassMacro(NodePredicateNot, NodePredicateCompositeBase);
+  ITK_DISALLOW_COPY_AND_MOVE(NodePredicateNot);
+
+  using Self = NodePredicateNot;
+  using Superclass = NodePredicateCompositeBase;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(NodePredicateNot, NodePredicateCompositeBase);
   lumoNewMacro1Param(NodePredicateNot, const NodePredicateBase *);
 
   bool

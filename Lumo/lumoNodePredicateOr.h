@@ -9,8 +9,14 @@ namespace lumo
 class NodePredicateOr : public NodePredicateCompositeBase
 {
 public:
-  lumoClassMacro(NodePredicateOr, NodePredicateCompositeBase);
-  itkFactorylessNewMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(NodePredicateOr);
+
+  using Self = NodePredicateOr;
+  using Superclass = NodePredicateCompositeBase;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(NodePredicateOr, NodePredicateCompositeBase);
+  itkNewMacro(Self);
   lumoNewMacro2Param(NodePredicateOr, const NodePredicateBase *, const NodePredicateBase *);
   lumoNewMacro3Param(NodePredicateOr, const NodePredicateBase *, const NodePredicateBase *, const NodePredicateBase *);
 

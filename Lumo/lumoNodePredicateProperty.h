@@ -14,7 +14,13 @@ namespace lumo
 class NodePredicateProperty : public NodePredicateBase
 {
 public:
-  lumoClassMacro(NodePredicateProperty, NodePredicateBase);
+  ITK_DISALLOW_COPY_AND_MOVE(NodePredicateProperty);
+
+  using Self = NodePredicateProperty;
+  using Superclass = NodePredicateBase;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(NodePredicateProperty, NodePredicateBase);
   lumoNewMacro1Param(NodePredicateProperty, const std::string &);
   lumoNewMacro2Param(NodePredicateProperty, const std::string &, BaseProperty *);
   lumoNewMacro3Param(NodePredicateProperty, const std::string &, BaseProperty *, const std::string &);
@@ -38,6 +44,8 @@ protected:
                                  BaseProperty * property = nullptr,
                                  const std::string & rendererName = "");
   ~NodePredicateProperty() override = default;
+  void
+  PrintSelf(std::ostream & os, itk::Indent indent) const override;
 
   std::string m_Key;
   BaseProperty::Pointer m_ValidProperty;

@@ -13,8 +13,14 @@ namespace lumo
 class PointSet : public BaseData
 {
 public:
-  lumoClassMacro(PointSet, BaseData);
-  itkFactorylessNewMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(PointSet);
+
+  using Self = PointSet;
+  using Superclass = BaseData;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(PointSet, BaseData);
+  itkNewMacro(Self);
 
   using PointIdentifier = unsigned int;
   using PointsContainer = std::map<PointIdentifier, Point3D>;

@@ -24,6 +24,7 @@
 
 #include "lumoFileWriterWithInformation.h"
 #include "lumoPointSet.h"
+#include "lumoPointSetWriter.h"
 
 #include <string>
 
@@ -45,41 +46,6 @@ ReadPointSetFile(const std::string & fileName);
 void
 WritePointSetFile(const PointSet * pointSet, const std::string & fileName);
 
-/** The point set writer offered to save dialogs (.mps). */
-class PointSetWriter : public FileWriterWithInformation
-{
-public:
-  lumoClassMacro(PointSetWriter, FileWriterWithInformation);
-  itkFactorylessNewMacro(Self);
-
-  void
-  SetInput(PointSet * pointSet);
-  PointSet *
-  GetInput();
-
-  /** "PointSet.mps" */
-  std::string
-  GetDefaultFilename() const override;
-  /** "Point sets (*.mps)" */
-  std::string
-  GetFileDialogPattern() const override;
-  /** ".mps" */
-  std::string
-  GetDefaultExtension() const override;
-  /** ".mps" */
-  std::vector<std::string>
-  GetPossibleFileExtensions() const override;
-  bool
-  CanWriteBaseDataType(const BaseData * data) const override;
-  void
-  DoWrite(BaseData * data) override;
-
-protected:
-  PointSetWriter() = default;
-  ~PointSetWriter() override = default;
-  void
-  GenerateData() override;
-};
 } // namespace lumo
 
 #endif

@@ -21,8 +21,14 @@ namespace lumo
 class PropertyList : public itk::Object
 {
 public:
-  lumoClassMacro(PropertyList, itk::Object);
-  itkFactorylessNewMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(PropertyList);
+
+  using Self = PropertyList;
+  using Superclass = itk::Object;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(PropertyList, itk::Object);
+  itkNewMacro(Self);
 
   using PropertyMap = std::map<std::string, BaseProperty::Pointer>;
 

@@ -11,7 +11,13 @@ namespace lumo
 class SlicedData : public BaseData
 {
 public:
-  lumoClassMacro(SlicedData, BaseData);
+  ITK_DISALLOW_COPY_AND_MOVE(SlicedData);
+
+  using Self = SlicedData;
+  using Superclass = BaseData;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(SlicedData, BaseData);
 
   /** The geometry of a time step as SlicedGeometry3D, or null. */
   SlicedGeometry3D *

@@ -13,9 +13,14 @@ namespace lumo
 class SlicedGeometry3D : public Geometry3D
 {
 public:
-  lumoClassMacro(SlicedGeometry3D, Geometry3D);
-  itkFactorylessNewMacro(Self);
-  itkCloneMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(SlicedGeometry3D);
+
+  using Self = SlicedGeometry3D;
+  using Superclass = Geometry3D;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(SlicedGeometry3D, Geometry3D);
+  itkNewMacro(Self);
 
   using SizeType = std::array<unsigned int, 3>;
 

@@ -16,8 +16,14 @@ namespace lumo
 class Surface : public BaseData
 {
 public:
-  lumoClassMacro(Surface, BaseData);
-  itkFactorylessNewMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(Surface);
+
+  using Self = Surface;
+  using Superclass = BaseData;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(Surface, BaseData);
+  itkNewMacro(Self);
 
   /** The poly data of a time step, or null. */
   vtkPolyData *

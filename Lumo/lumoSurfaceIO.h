@@ -3,6 +3,7 @@
 
 #include "lumoFileWriterWithInformation.h"
 #include "lumoSurface.h"
+#include "lumoSurfaceWriter.h"
 
 #include <string>
 
@@ -30,41 +31,6 @@ ReadSurfaceFile(const std::string & fileName);
 void
 WriteSurfaceFile(const Surface * surface, const std::string & fileName, TimeStepType t = 0);
 
-/** The surface writer offered to save dialogs: .vtp by default; also .vtk and .stl. */
-class SurfaceWriter : public FileWriterWithInformation
-{
-public:
-  lumoClassMacro(SurfaceWriter, FileWriterWithInformation);
-  itkFactorylessNewMacro(Self);
-
-  void
-  SetInput(Surface * surface);
-  Surface *
-  GetInput();
-
-  /** "Surface.vtp" */
-  std::string
-  GetDefaultFilename() const override;
-  /** "Surface (*.vtp *.vtk *.stl)" */
-  std::string
-  GetFileDialogPattern() const override;
-  /** ".vtp" */
-  std::string
-  GetDefaultExtension() const override;
-  /** ".vtp", ".vtk", ".stl" */
-  std::vector<std::string>
-  GetPossibleFileExtensions() const override;
-  bool
-  CanWriteBaseDataType(const BaseData * data) const override;
-  void
-  DoWrite(BaseData * data) override;
-
-protected:
-  SurfaceWriter() = default;
-  ~SurfaceWriter() override = default;
-  void
-  GenerateData() override;
-};
 } // namespace lumo
 
 #endif

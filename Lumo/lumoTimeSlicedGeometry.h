@@ -13,9 +13,14 @@ namespace lumo
 class TimeSlicedGeometry : public Geometry3D
 {
 public:
-  lumoClassMacro(TimeSlicedGeometry, Geometry3D);
-  itkFactorylessNewMacro(Self);
-  itkCloneMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(TimeSlicedGeometry);
+
+  using Self = TimeSlicedGeometry;
+  using Superclass = Geometry3D;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(TimeSlicedGeometry, Geometry3D);
+  itkNewMacro(Self);
 
   /** timeSteps steps (at least 1): step 0 is the given geometry itself, every further step a clone of it.
    *  A null geometry starts every step with a new Geometry3D. */

@@ -11,8 +11,24 @@ namespace lumo
 class VtkScalarModeProperty : public BaseProperty
 {
 public:
-  lumoClassMacro(VtkScalarModeProperty, BaseProperty);
-  itkFactorylessNewMacro(Self);
+  // Shared and reference counted: never copied or moved; assignment copies the value through Assign.
+  VtkScalarModeProperty(const VtkScalarModeProperty &) = delete;
+  VtkScalarModeProperty(VtkScalarModeProperty &&) = delete;
+  VtkScalarModeProperty &
+  operator=(VtkScalarModeProperty &&) = delete;
+  VtkScalarModeProperty &
+  operator=(const VtkScalarModeProperty & other)
+  {
+    this->Assign(other);
+    return *this;
+  }
+
+  using Self = VtkScalarModeProperty;
+  using Superclass = BaseProperty;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkTypeMacro(VtkScalarModeProperty, BaseProperty);
+  itkNewMacro(Self);
   lumoNewMacro1Param(VtkScalarModeProperty, int);
 
   int

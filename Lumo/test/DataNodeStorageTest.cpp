@@ -115,15 +115,34 @@ namespace
 class TestMapper : public itk::Object
 {
 public:
-  lumoClassMacro(TestMapper, itk::Object);
-  itkFactorylessNewMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(TestMapper);
+
+  using Self = TestMapper;
+  using Superclass = itk::Object;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkNewMacro(Self);
+  itkTypeMacro(TestMapper, Object);
+
+protected:
+  TestMapper() = default;
+  ~TestMapper() override = default;
+
+public:
 };
 
 class TestObjectFactory : public CoreObjectFactoryBase
 {
 public:
-  lumoClassMacro(TestObjectFactory, CoreObjectFactoryBase);
+  ITK_DISALLOW_COPY_AND_MOVE(TestObjectFactory);
+
+  using Self = TestObjectFactory;
+  using Superclass = CoreObjectFactoryBase;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  // A factory cannot be made through the factories it is meant to extend.
   itkFactorylessNewMacro(Self);
+  itkTypeMacro(TestObjectFactory, CoreObjectFactoryBase);
 
   itk::Object::Pointer
   CreateMapper(DataNode * node, DataNode::MapperSlotId slot) override

@@ -32,8 +32,14 @@ class TestTextReader
   , public FileReader
 {
 public:
-  lumoClassMacro(TestTextReader, BaseProcess);
-  itkFactorylessNewMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(TestTextReader);
+
+  using Self = TestTextReader;
+  using Superclass = BaseProcess;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkNewMacro(Self);
+  itkTypeMacro(TestTextReader, BaseProcess);
 
   static bool
   CanReadFile(const std::string & fileName, const std::string &, const std::string &)
@@ -107,8 +113,15 @@ protected:
 class TestIOFactory : public itk::ObjectFactoryBase
 {
 public:
-  lumoClassMacro(TestIOFactory, itk::ObjectFactoryBase);
+  ITK_DISALLOW_COPY_AND_MOVE(TestIOFactory);
+
+  using Self = TestIOFactory;
+  using Superclass = itk::ObjectFactoryBase;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  // A factory cannot be made through the factories it is meant to extend.
   itkFactorylessNewMacro(Self);
+  itkTypeMacro(TestIOFactory, ObjectFactoryBase);
 
   const char *
   GetITKSourceVersion() const override

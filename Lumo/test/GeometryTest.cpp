@@ -237,8 +237,14 @@ namespace
 class CountingSource : public BaseProcess
 {
 public:
-  lumoClassMacro(CountingSource, BaseProcess);
-  itkFactorylessNewMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(CountingSource);
+
+  using Self = CountingSource;
+  using Superclass = BaseProcess;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkNewMacro(Self);
+  itkTypeMacro(CountingSource, BaseProcess);
   using Superclass::MakeOutput;
   itk::DataObject::Pointer
   MakeOutput(DataObjectPointerArraySizeType) override
@@ -285,8 +291,20 @@ namespace
 class ContentGeometry : public Geometry3D
 {
 public:
-  lumoClassMacro(ContentGeometry, Geometry3D);
-  itkFactorylessNewMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(ContentGeometry);
+
+  using Self = ContentGeometry;
+  using Superclass = Geometry3D;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkNewMacro(Self);
+  itkTypeMacro(ContentGeometry, Geometry3D);
+
+protected:
+  ContentGeometry() = default;
+  ~ContentGeometry() override = default;
+
+public:
   double extent{ 1.0 };
   int updates{ 0 };
   void

@@ -39,9 +39,20 @@ public:
 class CounterData : public BaseData
 {
 public:
-  lumoClassMacro(CounterData, BaseData);
-  itkFactorylessNewMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(CounterData);
 
+  using Self = CounterData;
+  using Superclass = BaseData;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkNewMacro(Self);
+  itkTypeMacro(CounterData, BaseData);
+
+protected:
+  CounterData() = default;
+  ~CounterData() override = default;
+
+public:
   void
   ExecuteOperation(Operation * operation) override
   {
@@ -230,9 +241,20 @@ namespace
 class CapturingOutputWindow : public itk::OutputWindow
 {
 public:
-  lumoClassMacro(CapturingOutputWindow, itk::OutputWindow);
-  itkFactorylessNewMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(CapturingOutputWindow);
 
+  using Self = CapturingOutputWindow;
+  using Superclass = itk::OutputWindow;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkNewMacro(Self);
+  itkTypeMacro(CapturingOutputWindow, OutputWindow);
+
+protected:
+  CapturingOutputWindow() = default;
+  ~CapturingOutputWindow() override = default;
+
+public:
   void
   DisplayWarningText(const char * text) override
   {
@@ -245,9 +267,20 @@ public:
 class Warner : public itk::Object
 {
 public:
-  lumoClassMacro(Warner, itk::Object);
-  itkFactorylessNewMacro(Self);
+  ITK_DISALLOW_COPY_AND_MOVE(Warner);
 
+  using Self = Warner;
+  using Superclass = itk::Object;
+  using Pointer = itk::SmartPointer<Self>;
+  using ConstPointer = itk::SmartPointer<const Self>;
+  itkNewMacro(Self);
+  itkTypeMacro(Warner, Object);
+
+protected:
+  Warner() = default;
+  ~Warner() override = default;
+
+public:
   int
   Warn()
   {

@@ -1,8 +1,6 @@
-// Geometry3D, SlicedGeometry3D and TimeSlicedGeometry.
+// Bounds and index-to-world transform of data objects.
 
 #include "lumoGeometry3D.h"
-#include "lumoSlicedGeometry3D.h"
-#include "lumoTimeSlicedGeometry.h"
 
 #include <vtkMatrix4x4.h>
 #include <vtkMatrixToLinearTransform.h>
@@ -13,19 +11,34 @@
 
 namespace lumo
 {
-// ---------------------------------------------------------------------------------------------------------------
-// Geometry3D
+namespace
+{
+// Writes the upper 3 x 4 block (the last row is always 0 0 0 1) and answers whether an element changed, so that
+// the setters mark the geometry modified only for a new value.
+bool
+AssignBlock(vtkMatrix4x4 * matrix, const double block[3][4])
+{
+  bool changed = false;
+  for (int row = 0; row < 3; ++row)
+  {
+    for (int column = 0; column < 4; ++column)
+    {
+      if (matrix->GetElement(row, column) != block[row][column])
+      {
+        matrix->SetElement(row, column, block[row][column]);
+        changed = true;
+      }
+    }
+  }
+  return changed;
+}
+} // namespace
 
 Geometry3D::Geometry3D()
   : m_Matrix(vtkMatrix4x4::New())
   , m_Transform(vtkMatrixToLinearTransform::New())
 {
   m_Transform->SetInput(m_Matrix);
-  m_Spacing.Fill(1.0);
-  for (unsigned int i = 0; i < 6; ++i)
-  {
-    m_Bounds[i] = (i % 2 == 0) ? 0.0 : 1.0;
-  }
 }
 
 Geometry3D::~Geometry3D()
@@ -221,18 +234,18 @@ Geometry3D::SetIndexToWorldTransformByVtkMatrix(vtkMatrix4x4 * matrix)
 void
 Geometry3D::SetIndexToWorldMatrix(const double elements[16])
 {
+  double block[3][4];
   for (int row = 0; row < 3; ++row)
   {
     for (int column = 0; column < 4; ++column)
     {
-      m_Matrix->SetElement(row, column, elements[4 * row + column]);
+      block[row][column] = elements[4 * row + column];
     }
   }
-  m_Matrix->SetElement(3, 0, 0.0);
-  m_Matrix->SetElement(3, 1, 0.0);
-  m_Matrix->SetElement(3, 2, 0.0);
-  m_Matrix->SetElement(3, 3, 1.0);
-  this->TransformChanged();
+  if (AssignBlock(m_Matrix, block))
+  {
+    this->TransformChanged();
+  }
 }
 
 void
@@ -264,12 +277,18 @@ Geometry3D::SetSpacing(const Vector3D & spacing)
     }
   }
   const DirectionType direction = this->GetDirection();
+  double block[3][4];
   for (int row = 0; row < 3; ++row)
   {
     for (int column = 0; column < 3; ++column)
     {
-      m_Matrix->SetElement(row, column, direction[row][column] * spacing[column]);
+      block[row][column] = direction[row][column] * spacing[column];
     }
+    block[row][3] = m_Matrix->GetElement(row, 3);
+  }
+  if (!AssignBlock(m_Matrix, block) && m_Spacing == spacing)
+  {
+    return;
   }
   this->TransformChanged();
   // Keep exactly the given numbers (the column norms may differ in the last bit).
@@ -300,12 +319,20 @@ Geometry3D::GetOrigin() const
 void
 Geometry3D::SetOrigin(const Point3D & origin)
 {
+  bool changed = false;
   for (int row = 0; row < 3; ++row)
   {
-    m_Matrix->SetElement(row, 3, origin[row]);
+    if (m_Matrix->GetElement(row, 3) != origin[row])
+    {
+      m_Matrix->SetElement(row, 3, origin[row]);
+      changed = true;
+    }
   }
-  m_Matrix->Modified();
-  this->Modified();
+  if (changed)
+  {
+    m_Matrix->Modified();
+    this->Modified();
+  }
 }
 
 Geometry3D::DirectionType
@@ -327,12 +354,18 @@ void
 Geometry3D::SetDirection(const DirectionType & direction)
 {
   const Vector3D spacing = m_Spacing;
+  double block[3][4];
   for (int row = 0; row < 3; ++row)
   {
     for (int column = 0; column < 3; ++column)
     {
-      m_Matrix->SetElement(row, column, direction[row][column] * spacing[column]);
+      block[row][column] = direction[row][column] * spacing[column];
     }
+    block[row][3] = m_Matrix->GetElement(row, 3);
+  }
+  if (!AssignBlock(m_Matrix, block))
+  {
+    return;
   }
   this->TransformChanged();
   m_Spacing = spacing;
@@ -435,224 +468,5 @@ Geometry3D::PrintSelf(std::ostream & os, itk::Indent indent) const
   os << indent << "Spacing: " << m_Spacing << std::endl;
   os << indent << "Origin: " << this->GetOrigin() << std::endl;
   os << indent << "ImageGeometry: " << m_ImageGeometry << std::endl;
-}
-
-// ---------------------------------------------------------------------------------------------------------------
-// SlicedGeometry3D
-
-SlicedGeometry3D::SlicedGeometry3D() = default;
-
-void
-SlicedGeometry3D::InitializeImage(const SizeType & size,
-                                  const Vector3D & spacing,
-                                  const Point3D & origin,
-                                  const DirectionType & direction)
-{
-  m_Size = size;
-  m_Matrix->Identity();
-  this->TransformChanged();
-  this->SetSpacing(spacing);
-  this->SetDirection(direction);
-  this->SetOrigin(origin);
-  BoundsArrayType bounds;
-  for (unsigned int axis = 0; axis < 3; ++axis)
-  {
-    bounds[2 * axis] = -0.5;
-    bounds[2 * axis + 1] = static_cast<ScalarType>(size[axis]) - 0.5;
-  }
-  m_Bounds = bounds;
-  m_ImageGeometry = true;
-  this->Modified();
-}
-
-void
-SlicedGeometry3D::InitializeImage(const SizeType & size)
-{
-  Vector3D spacing;
-  spacing.Fill(1.0);
-  Point3D origin;
-  origin.Fill(0.0);
-  DirectionType direction;
-  direction.SetIdentity();
-  this->InitializeImage(size, spacing, origin, direction);
-}
-
-void
-SlicedGeometry3D::Initialize()
-{
-  Superclass::Initialize();
-  m_Size = { { 0, 0, 0 } };
-}
-
-void
-SlicedGeometry3D::CopyValuesTo(Geometry3D * other) const
-{
-  Superclass::CopyValuesTo(other);
-  auto * sliced = dynamic_cast<SlicedGeometry3D *>(other);
-  if (sliced)
-  {
-    sliced->m_Size = m_Size;
-  }
-}
-
-void
-SlicedGeometry3D::PrintSelf(std::ostream & os, itk::Indent indent) const
-{
-  Superclass::PrintSelf(os, indent);
-  os << indent << "Size: " << m_Size[0] << " " << m_Size[1] << " " << m_Size[2] << std::endl;
-}
-
-// ---------------------------------------------------------------------------------------------------------------
-// TimeSlicedGeometry
-
-TimeSlicedGeometry::TimeSlicedGeometry()
-{
-  this->InitializeEmpty(1);
-}
-
-void
-TimeSlicedGeometry::InitializeEvenlyTimed(Geometry3D * geometry, unsigned int timeSteps)
-{
-  timeSteps = std::max(1u, timeSteps);
-  m_Geometries.clear();
-  if (!geometry)
-  {
-    this->InitializeEmpty(timeSteps);
-    return;
-  }
-  m_Geometries.reserve(timeSteps);
-  m_Geometries.push_back(geometry);
-  for (unsigned int t = 1; t < timeSteps; ++t)
-  {
-    m_Geometries.push_back(geometry->Clone());
-  }
-  this->Modified();
-}
-
-void
-TimeSlicedGeometry::InitializeEmpty(unsigned int timeSteps)
-{
-  timeSteps = std::max(1u, timeSteps);
-  m_Geometries.clear();
-  for (unsigned int t = 0; t < timeSteps; ++t)
-  {
-    m_Geometries.push_back(Geometry3D::New());
-  }
-  this->Modified();
-}
-
-Geometry3D *
-TimeSlicedGeometry::GetGeometry3D(TimeStepType t) const
-{
-  return t < m_Geometries.size() ? m_Geometries[t].GetPointer() : nullptr;
-}
-
-bool
-TimeSlicedGeometry::SetGeometry3D(Geometry3D * geometry, TimeStepType t)
-{
-  if (!geometry || t >= m_Geometries.size())
-  {
-    return false;
-  }
-  if (m_Geometries[t] != geometry)
-  {
-    m_Geometries[t] = geometry;
-    this->Modified();
-  }
-  return true;
-}
-
-void
-TimeSlicedGeometry::Expand(unsigned int timeSteps)
-{
-  if (timeSteps <= m_Geometries.size())
-  {
-    return;
-  }
-  while (m_Geometries.size() < timeSteps)
-  {
-    if (m_Geometries.empty())
-    {
-      m_Geometries.push_back(Geometry3D::New());
-    }
-    else
-    {
-      m_Geometries.push_back(m_Geometries.back()->Clone());
-    }
-  }
-  this->Modified();
-}
-
-void
-TimeSlicedGeometry::UpdateBounds()
-{
-  BoundsArrayType total;
-  bool first = true;
-  for (const auto & geometry : m_Geometries)
-  {
-    geometry->UpdateBounds();
-    const BoundsArrayType world = geometry->GetWorldBounds();
-    for (unsigned int i = 0; i < 6; ++i)
-    {
-      if (first)
-      {
-        total[i] = world[i];
-      }
-      else
-      {
-        total[i] = (i % 2 == 0) ? std::min(total[i], world[i]) : std::max(total[i], world[i]);
-      }
-    }
-    first = false;
-  }
-  if (!m_Matrix->IsIdentity())
-  {
-    m_Matrix->Identity();
-    this->TransformChanged();
-  }
-  if (!first)
-  {
-    this->SetBounds(total);
-  }
-}
-
-void
-TimeSlicedGeometry::Initialize()
-{
-  Superclass::Initialize();
-  this->InitializeEmpty(1);
-}
-
-itk::ModifiedTimeType
-TimeSlicedGeometry::GetMTime() const
-{
-  itk::ModifiedTimeType time = Superclass::GetMTime();
-  for (const auto & geometry : m_Geometries)
-  {
-    time = std::max(time, geometry->GetMTime());
-  }
-  return time;
-}
-
-void
-TimeSlicedGeometry::CopyValuesTo(Geometry3D * other) const
-{
-  Superclass::CopyValuesTo(other);
-  auto * timeSliced = dynamic_cast<TimeSlicedGeometry *>(other);
-  if (timeSliced)
-  {
-    timeSliced->m_Geometries.clear();
-    for (const auto & geometry : m_Geometries)
-    {
-      timeSliced->m_Geometries.push_back(geometry->Clone());
-    }
-  }
-}
-
-void
-TimeSlicedGeometry::PrintSelf(std::ostream & os, itk::Indent indent) const
-{
-  Superclass::PrintSelf(os, indent);
-  os << indent << "TimeSteps: " << m_Geometries.size() << std::endl;
 }
 } // namespace lumo

@@ -1,14 +1,12 @@
-// The data node factory and the base data serializer.
+// Opens files of any registered type into data nodes.
 
-#include "lumoBaseDataSerializer.h"
 #include "lumoDataNodeFactory.h"
+
 #include "lumoFileNames.h"
-#include "lumoIOAdapter.h"
+#include "lumoIOAdapterBase.h"
 #include "lumoImageIO.h"
-#include "lumoLogger.h"
 #include "lumoPointSetIO.h"
 #include "lumoSurfaceIO.h"
-#include "lumoUIDGenerator.h"
 
 #include <itkObjectFactoryBase.h>
 
@@ -35,9 +33,6 @@ RegisteredIOAdapters()
   return adapters;
 }
 } // namespace
-
-// ---------------------------------------------------------------------------------------------------------------
-// DataNodeFactory
 
 DataNodeFactory::DataNodeFactory()
 {
@@ -178,64 +173,12 @@ DataNodeFactory::SetOutputData(const std::vector<BaseData::Pointer> & data)
   }
 }
 
-// ---------------------------------------------------------------------------------------------------------------
-// BaseDataSerializer
-
-BaseDataSerializer::BaseDataSerializer() = default;
-
-BaseDataSerializer::~BaseDataSerializer() = default;
-
-std::string
-BaseDataSerializer::Serialize()
+void
+DataNodeFactory::PrintSelf(std::ostream & os, itk::Indent indent) const
 {
-  LUMO_ERROR << this->GetNameOfClass() << " cannot serialize the object at "
-             << static_cast<const void *>(m_Data.GetPointer()) << ": no serializer for "
-             << (m_Data ? m_Data->GetNameOfClass() : "a null object");
-  return std::string();
-}
-
-std::string
-BaseDataSerializer::GetUniqueFilenameInWorkingDirectory()
-{
-  UIDGenerator generator("", 10);
-  for (;;)
-  {
-    const std::string stem = generator.GetUID();
-    bool taken = false;
-    std::error_code error;
-    const std::filesystem::path directory =
-      m_WorkingDirectory.empty() ? std::filesystem::path(".") : std::filesystem::path(m_WorkingDirectory);
-    for (std::filesystem::directory_iterator it(directory, error), end; !error && it != end; it.increment(error))
-    {
-      if (it->path().filename().string().compare(0, stem.size(), stem) == 0)
-      {
-        taken = true;
-        break;
-      }
-    }
-    if (!taken)
-    {
-      return stem;
-    }
-  }
-}
-
-BaseDataSerializer::Pointer
-BaseDataSerializer::CreateForData(const BaseData * data)
-{
-  if (!data)
-  {
-    return nullptr;
-  }
-  const std::string className = std::string(data->GetNameOfClass()) + "Serializer";
-  for (const itk::LightObject::Pointer & instance : itk::ObjectFactoryBase::CreateAllInstance(className.c_str()))
-  {
-    auto * serializer = dynamic_cast<BaseDataSerializer *>(instance.GetPointer());
-    if (serializer)
-    {
-      return serializer;
-    }
-  }
-  return nullptr;
+  Superclass::PrintSelf(os, indent);
+  os << indent << "FileName: " << m_FileName << std::endl;
+  os << indent << "FilePrefix: " << m_FilePrefix << std::endl;
+  os << indent << "FilePattern: " << m_FilePattern << std::endl;
 }
 } // namespace lumo
