@@ -1,11 +1,12 @@
-// Supply areas of a liver-sized organ (about 2.5 million organ voxels) and a branching portal tree of about 1000
-// vessels whose points lie on voxel positions, as trees extracted from images have them. Side by side in one run:
+// Supply areas of the liver phantom (about 2.5 million organ voxels) from its portal tree. Side by side in one run:
 // the classic classification (one exact ANN k-d tree query with k = 3 per voxel, on one thread, through the same
 // classifier and relabelling) and the project's calculator on one and on two work units. The run also checks that
 // both give the same labels: they may differ only where more than three samples tie for the nearest (ANN then
 // returns an arbitrary three of them).
 
 #include "BenchmarkSummary.h"
+
+#include "lumoLiverPhantomSource.h"
 
 #include "SuppliedTissueClassifier.h"
 #include "VesselIDRelabeling.h"
@@ -26,160 +27,38 @@
 
 namespace
 {
-constexpr unsigned int sizeX = 220;
-constexpr unsigned int sizeY = 180;
-constexpr unsigned int sizeZ = 120;
-const double spacing[3] = { 0.8, 0.8, 1.0 };
-const double origin[3] = { -88.0, -40.0, 30.0 };
+constexpr unsigned int sizeX = 300;
+constexpr unsigned int sizeY = 300;
+constexpr unsigned int sizeZ = 188;
+const double spacing[3] = { 0.8, 0.8, 1.025 };
 
-/** The organ: an ellipsoid with a notch (about 2.5 million voxels). */
-lumo::Image::Pointer
-makeOrgan()
+/** The liver phantom at a resolution that gives about 2.5 million organ voxels (0.8 x 0.8 x 1.025 mm over its
+ *  240 x 240 x 192 mm field of view), with its true portal tree. */
+lumo::LiverPhantomSource::Pointer
+makePhantom()
 {
-  auto organ = lumo::Image::New();
-  lumo::Vector3D s;
-  lumo::Point3D o;
-  for (int a = 0; a < 3; ++a)
+  auto phantom = lumo::LiverPhantomSource::New();
+  lumo::LiverPhantomSource::SizeType size;
+  size[0] = sizeX;
+  size[1] = sizeY;
+  size[2] = sizeZ;
+  lumo::LiverPhantomSource::SpacingType voxelSpacing;
+  for (unsigned int a = 0; a < 3; ++a)
   {
-    s[a] = spacing[a];
-    o[a] = origin[a];
+    voxelSpacing[a] = spacing[a];
   }
-  lumo::Geometry3D::DirectionType direction;
-  direction.SetIdentity();
-  organ->Initialize(itk::IOComponentEnum::UCHAR, { { sizeX, sizeY, sizeZ } }, s, o, direction);
-  auto * data = static_cast<unsigned char *>(organ->GetData());
-  for (unsigned int z = 0; z < sizeZ; ++z)
-  {
-    for (unsigned int y = 0; y < sizeY; ++y)
-    {
-      for (unsigned int x = 0; x < sizeX; ++x)
-      {
-        const double a = (x - 109.5) / 109.0;
-        const double b = (y - 89.5) / 89.0;
-        const double c = (z - 59.5) / 59.0;
-        const bool notch = x > 90 && x < 130 && y < 40;
-        data[(static_cast<std::size_t>(z) * sizeY + y) * sizeX + x] = (a * a + b * b + c * c <= 1.0 && !notch) ? 1 : 0;
-      }
-    }
-  }
-  return organ;
-}
-
-/** World position of a voxel index, in float like the points of an extracted tree. */
-VesselPoint
-worldPoint(int x, int y, int z, float diameter)
-{
-  return { static_cast<float>(origin[0] + x * spacing[0]),
-           static_cast<float>(origin[1] + y * spacing[1]),
-           static_cast<float>(origin[2] + z * spacing[2]),
-           diameter };
-}
-
-bool
-insideOrgan(double x, double y, double z)
-{
-  const double a = (x - 109.5) / 109.0;
-  const double b = (y - 89.5) / 89.0;
-  const double c = (z - 59.5) / 59.0;
-  return a * a + b * b + c * c <= 0.95;
-}
-
-/** A bifurcating portal tree grown from the hilum, ten generations, segments from the third on. */
-lumo::VesselTreeData::Pointer
-makeTree()
-{
-  std::mt19937 random(1234);
-  std::normal_distribution<double> turn(0.0, 0.35);
-  auto * tree = new LinkedVesselTree();
-  ArVesselTree handle(tree);
-  int nextId = 1;
-  struct Branch
-  {
-    VesselNode * parent;
-    double position[3];
-    double direction[3];
-    int generation;
-    int segment;
-  };
-  std::vector<Branch> open{ { nullptr, { 110, 60, 60 }, { 0, 1, 0 }, 0, S_Undefined } };
-  while (!open.empty())
-  {
-    Branch branch = open.back();
-    open.pop_back();
-    ar<Vessel> vessel(new Vessel());
-    vessel->setVesselId(nextId++);
-    vessel->getProperties().setBloodVesselType(PortalVein);
-    vessel->getProperties().setSegmentType(branch.segment);
-    const double length = 40.0 * std::pow(0.78, branch.generation);
-    double p[3] = { branch.position[0], branch.position[1], branch.position[2] };
-    double d[3] = { branch.direction[0], branch.direction[1], branch.direction[2] };
-    int lastVoxel[3] = { -1, -1, -1 };
-    for (double travelled = 0.0; travelled < length; travelled += 0.7)
-    {
-      const int v[3] = { static_cast<int>(std::lround(p[0])),
-                         static_cast<int>(std::lround(p[1])),
-                         static_cast<int>(std::lround(p[2])) };
-      if (v[0] != lastVoxel[0] || v[1] != lastVoxel[1] || v[2] != lastVoxel[2])
-      {
-        vessel->appendPoint(worldPoint(v[0], v[1], v[2], static_cast<float>(12.0 * std::pow(0.8, branch.generation))));
-        std::copy_n(v, 3, lastVoxel);
-      }
-      double next[3] = { p[0] + 0.7 * d[0], p[1] + 0.7 * d[1], p[2] + 0.7 * d[2] };
-      if (!insideOrgan(next[0], next[1], next[2]))
-      {
-        // Turn back towards the centre instead of leaving the organ.
-        const double centre[3] = { 109.5 - p[0], 89.5 - p[1], 59.5 - p[2] };
-        const double norm = std::sqrt(centre[0] * centre[0] + centre[1] * centre[1] + centre[2] * centre[2]);
-        for (int a = 0; a < 3; ++a)
-        {
-          d[a] = centre[a] / norm;
-          next[a] = p[a] + 0.7 * d[a];
-        }
-      }
-      std::copy_n(next, 3, p);
-    }
-    auto * node = new VesselNode(branch.parent, vessel);
-    if (branch.parent == nullptr)
-    {
-      tree->setRootNode(node);
-    }
-    else
-    {
-      branch.parent->addChild(node);
-    }
-    if (branch.generation >= 9)
-    {
-      continue;
-    }
-    for (int child = 0; child < 2; ++child)
-    {
-      Branch next{ node, { p[0], p[1], p[2] }, {}, branch.generation + 1, branch.segment };
-      double norm = 0.0;
-      for (int a = 0; a < 3; ++a)
-      {
-        next.direction[a] = d[a] + turn(random) + (child == 0 ? 0.6 : -0.6) * (a == branch.generation % 3 ? 1 : 0);
-        norm += next.direction[a] * next.direction[a];
-      }
-      for (double & c : next.direction)
-      {
-        c /= std::sqrt(norm);
-      }
-      if (branch.generation == 2)
-      {
-        next.segment = S_I + static_cast<int>(open.size() % 9);
-      }
-      open.push_back(next);
-    }
-  }
-  auto data = lumo::VesselTreeData::New();
-  data->initialize(handle);
-  return data;
+  phantom->SetSize(size);
+  phantom->SetSpacing(voxelSpacing);
+  phantom->SetSeed(1);
+  phantom->Update();
+  return phantom;
 }
 
 struct Scene
 {
-  lumo::Image::Pointer organ = makeOrgan();
-  lumo::VesselTreeData::Pointer tree = makeTree();
+  lumo::LiverPhantomSource::Pointer phantom = makePhantom();
+  lumo::Image::Pointer organ = phantom->GetOrganMask();
+  lumo::VesselTreeData::Pointer tree = phantom->GetPortalTree();
   std::size_t organVoxels = 0;
   std::size_t samples = 0;
   std::vector<unsigned char> annLabels;
@@ -496,7 +375,7 @@ main(int argc, char ** argv)
   const double ann = summary.value("BM_ClassicAnnOneThread", "real_time");
   const double one = summary.value("BM_CalculatorOneThread", "real_time");
   const double two = summary.value("BM_CalculatorTwoThreads", "real_time");
-  std::printf("\nSupply areas of %zu organ voxels from %zu samples (portal veins of a defined segment):\n",
+  std::printf("\nSupply areas of the liver phantom, %zu organ voxels, from %zu samples (portal veins of a defined segment):\n",
               s.organVoxels,
               s.samples);
   bool ok = true;
