@@ -375,9 +375,10 @@ main(int argc, char ** argv)
   const double ann = summary.value("BM_ClassicAnnOneThread", "real_time");
   const double one = summary.value("BM_CalculatorOneThread", "real_time");
   const double two = summary.value("BM_CalculatorTwoThreads", "real_time");
-  std::printf("\nSupply areas of the liver phantom, %zu organ voxels, from %zu samples (portal veins of a defined segment):\n",
-              s.organVoxels,
-              s.samples);
+  std::printf(
+    "\nSupply areas of the liver phantom, %zu organ voxels, from %zu samples (portal veins of a defined segment):\n",
+    s.organVoxels,
+    s.samples);
   bool ok = true;
   if (ann > 0 && one > 0)
   {

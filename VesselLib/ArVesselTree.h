@@ -4,6 +4,8 @@
 #include "LinkedTree.h"
 #include "Vessel.h"
 
+#include <vector>
+
 /** A vessel tree: a LinkedTree of shared vessels, itself held through a counted handle. */
 using VesselTree = Tree<ar<Vessel>>;
 using LinkedVesselTree = LinkedTree<ar<Vessel>>;
@@ -14,6 +16,12 @@ using ArVesselTree = ar<Tree<ar<Vessel>>>;
  *  tree that is not a LinkedTree. */
 ArVesselTree
 cloneVesselTree(const ArVesselTree & tree);
+
+/** One tree of several: a new root vessel without points (so it takes part in no measurement) holds deep copies of
+ *  the trees' roots as its children, in the given order. The vessel ids of the result are renumbered from 1 in
+ *  preorder, the root taking 1, so that they are unique. Null and empty trees are skipped. */
+ArVesselTree
+joinVesselTrees(const std::vector<ArVesselTree> & trees);
 
 /** The LinkedTree behind a handle, or null. */
 inline LinkedVesselTree *

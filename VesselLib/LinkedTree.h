@@ -66,6 +66,14 @@ public:
     }
     m_root = root;
   }
+  /** Hands the root node with its subtree to the caller, who owns it from then on; the tree is left empty. */
+  NodeType *
+  releaseRootNode()
+  {
+    NodeType * root = m_root;
+    m_root = nullptr;
+    return root;
+  }
   bool
   isView() const
   {

@@ -36,6 +36,42 @@ cloneVesselTree(const ArVesselTree & tree)
   return ArVesselTree(copy.release());
 }
 
+ArVesselTree
+joinVesselTrees(const std::vector<ArVesselTree> & trees)
+{
+  auto * joined = new LinkedVesselTree();
+  ArVesselTree handle(joined);
+  ar<Vessel> root(new Vessel());
+  root->getProperties().setBloodVesselType(UndefinedBloodVesselType);
+  joined->setRoot(root);
+  VesselNode * top = joined->getRootNode();
+  for (const ArVesselTree & tree : trees)
+  {
+    const LinkedVesselTree * linked = asLinkedVesselTree(tree);
+    if (linked == nullptr || !linked->hasRoot())
+    {
+      continue;
+    }
+    // Copy the tree, then move its root node under the new root.
+    auto copy = linked->copy(
+      [](const ar<Vessel> & vessel) { return vessel.isNull() ? ar<Vessel>() : ar<Vessel>(new Vessel(*vessel)); });
+    VesselNode * node = copy->releaseRootNode();
+    node->setParent(top);
+    top->addChild(node);
+  }
+  std::int32_t id = 1;
+  std::unique_ptr<TreeIterator<ar<Vessel>>> it(joined->newPreorderIterator());
+  while (it->hasNext())
+  {
+    ar<Vessel> vessel = it->next();
+    if (!vessel.isNull())
+    {
+      vessel->setVesselId(id++);
+    }
+  }
+  return handle;
+}
+
 // ---------------------------------------------------------------------------------------------------------------
 // Text form of one vessel record. Formatting and parsing work on the stream buffer directly: the record is the
 // bulk of every .ves file, and the locale machinery of the formatted stream operators costs several times more

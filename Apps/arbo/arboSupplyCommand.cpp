@@ -19,6 +19,7 @@
 #include <iomanip>
 #include <map>
 #include <ostream>
+#include <vector>
 #include <sstream>
 
 namespace arbo
@@ -32,6 +33,7 @@ struct SupplyOptions
 {
   std::string organ;
   std::string tree;
+  std::vector<std::string> with;
   std::string output;
   std::string mode{ "portal-defined-segments" };
   unsigned int threads{ 0 };
@@ -141,6 +143,17 @@ supply(const SupplyOptions & options, Context & context)
     throw Error(options.organ, "holds a " + kindOf(organData) + ", not an organ segmentation image");
   }
   lumo::VesselTreeData::Pointer tree = readVesselTree(options.tree);
+  if (!options.with.empty())
+  {
+    // Several vascular systems at once: one tree holding them all.
+    std::vector<ArVesselTree> trees{ tree->GetVesselTreeData(0) };
+    for (const std::string & file : options.with)
+    {
+      trees.push_back(readVesselTree(file)->GetVesselTreeData(0));
+    }
+    tree = lumo::VesselTreeData::New();
+    tree->initialize(joinVesselTrees(trees));
+  }
 
   auto calculator = Calculator::New();
   calculator->SetOrganSegmentation(organ);
@@ -212,7 +225,12 @@ supply(const SupplyOptions & options, Context & context)
     return;
   }
   std::ostream & out = context.out;
-  out << "Supply areas of " << options.organ << " by " << options.tree << " (" << options.mode << ")\n";
+  out << "Supply areas of " << options.organ << " by " << options.tree;
+  for (const std::string & file : options.with)
+  {
+    out << " and " << file;
+  }
+  out << " (" << options.mode << ")\n";
   out << std::right << std::setw(7) << "label"
       << "  " << std::left << std::setw(28) << "name" << std::right << std::setw(12) << "voxels" << std::setw(12)
       << "ml" << std::setw(9) << "%"
@@ -263,12 +281,15 @@ addSupplyCommand(CLI::App & app, Context & context)
     "and the share of the organ per label.\n"
     "Examples: arbo supply liver.nrrd portal.ves -o segments.nrrd\n"
     "          arbo supply liver.nrrd plan.ves -o resection.nii.gz --mode portal-resection-status --json\n"
-    "          arbo supply liver.nrrd veins.ves -o territories.nrrd --mode hepatic-defined-segments --threads 2");
+    "          arbo supply liver.nrrd veins.ves -o territories.nrrd --mode hepatic-defined-segments --threads 2\n"
+    "          arbo supply liver.nrrd portal.ves --with hepatic.ves -o systems.nrrd --mode all-vessels-types");
   command->add_option("organ", options->organ, "Organ segmentation (3-D unsigned 8-bit image, 0 = outside)")
     ->required();
   command->add_option("tree", options->tree, "Vessel tree (.ves) in the organ's world coordinates")->required();
   command->add_option("-o,--output", options->output, "Where to write the label image (.nrrd, .nii.gz, .mha, ...)")
     ->required();
+  command->add_option(
+    "--with", options->with, "A further vessel tree of the same organ (repeatable): all trees supply");
   command->add_option("--mode", options->mode, "Which vessels supply and what the labels mean")
     ->check(CLI::IsMember(names))
     ->capture_default_str();

@@ -246,3 +246,30 @@ TEST(LinkedTree, DeletingANodeUnlinksItFromItsParent)
   EXPECT_FALSE(tree->hasRoot());
   EXPECT_EQ(tree->numberOfNodes(), 0);
 }
+
+TEST(LinkedTree, JoiningTreesPutsCopiesUnderAnEmptyRootWithFreshIds)
+{
+  const std::size_t vessels = ar<Vessel>::registrySize();
+  {
+    ArVesselTree first(makeThreeLevelTree().release());
+    auto second = std::make_unique<LinkedVesselTree>();
+    second->setRoot(makeVessel(1));
+    second->getRoot()->appendPoint({ 1, 2, 3, 4 });
+    second->getRoot()->getProperties().setBloodVesselType(HepaticVein);
+    addChild(second->getRootNode(), 2);
+    ArVesselTree secondHandle(second.release());
+    ArVesselTree joined = joinVesselTrees({ first, ArVesselTree(), secondHandle });
+    // 1 new root + 6 + 2 copies.
+    EXPECT_EQ(joined->numberOfNodes(), 9);
+    EXPECT_EQ(preorderIds(*joined), (Ids{ 1, 2, 3, 4, 5, 6, 7, 8, 9 }));
+    EXPECT_EQ(joined->getRoot()->numberOfPoints(), 0u);
+    EXPECT_EQ(joined->getRoot()->getProperties().getBloodVesselType(), UndefinedBloodVesselType);
+    VesselNode * hepatic = asLinkedVesselTree(joined)->getRootNode()->getChild(1);
+    EXPECT_EQ(hepatic->getData()->getProperties().getBloodVesselType(), HepaticVein);
+    EXPECT_EQ(hepatic->getData()->getPoints(), secondHandle->getRoot()->getPoints());
+    EXPECT_NE(hepatic->getData(), secondHandle->getRoot());
+    // The originals keep their ids.
+    EXPECT_EQ(preorderIds(*first), (Ids{ 1, 2, 4, 5, 3, 6 }));
+  }
+  EXPECT_EQ(ar<Vessel>::registrySize(), vessels);
+}

@@ -230,3 +230,36 @@ TEST_F(ArboSupply, HelpTeachesTheModes)
     EXPECT_NE(run.out.find(text), std::string::npos) << text;
   }
 }
+
+TEST_F(ArboSupply, FurtherTreesSupplyTogetherWithTheFirst)
+{
+  // A hepatic vein near index x = 8 takes the S_VI side from the portal tree's second vessel.
+  writeTree(path("portal-only.ves"), { { 1, 2, S_V, 2, { { 1, 23.75f, 104, 2 } } } });
+  writeTree(path("hepatic.ves"), { { 1, 1, HS_LS, 1, { { 11, 23.75f, 104, 2 } } } });
+  ArboRun run = runArbo({ "supply",
+                          path("liver.nrrd"),
+                          path("portal-only.ves"),
+                          "--with",
+                          path("hepatic.ves"),
+                          "-o",
+                          path("types.nrrd"),
+                          "--mode",
+                          "all-vessels-types",
+                          "--json" });
+  ASSERT_EQ(run.status, 0) << run.err;
+  const auto json = nlohmann::json::parse(run.out);
+  std::map<int, long long> voxels;
+  for (const auto & row : json["labels"])
+  {
+    voxels[row["label"].get<int>()] = row["voxels"].get<long long>();
+  }
+  // Of each row of 8 organ voxels (x = 2..9), 4 are nearer the portal vein (type 2, label 3) and 4 nearer the
+  // hepatic vein (type 1, label 2); 4 rows in 3 slices.
+  EXPECT_EQ(voxels, (std::map<int, long long>{ { 2, 48 }, { 3, 48 } }));
+
+  ArboRun missing = runArbo(
+    { "supply", path("liver.nrrd"), path("portal-only.ves"), "--with", path("none.ves"), "-o", path("out.nrrd") });
+  EXPECT_EQ(missing.status, 1);
+  EXPECT_EQ(missing.err, "arbo: " + path("none.ves") + ": cannot be opened (No such file or directory)\n");
+  EXPECT_FALSE(std::filesystem::exists(path("out.nrrd")));
+}
