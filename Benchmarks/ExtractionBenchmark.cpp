@@ -1,14 +1,15 @@
-// Skeletonization plus tree extraction of a large synthetic vessel mask (512 x 512 x 300: three trees of branching
-// round tubes, radius 11 down to about 1.5 voxels), side by side in one run with scikit-image's skeletonize_3d on
-// the same mask (Debian's python3-skimage through /usr/bin/python3, fed a raw copy of the mask; only its call is
-// timed, inside Python). Peak memory of our road is measured in a fresh process (this program re-run with
-// --measure-memory), which builds the mask and extracts once, and reports its maximum resident set size.
+// Skeletonization plus tree extraction of the large liver phantom's portal vein mask (512 x 512 x 300), side by
+// side in one run with scikit-image's skeletonize_3d on the same mask (Debian's python3-skimage through
+// /usr/bin/python3, fed a raw copy of the mask; only its call is timed, inside Python). Peak memory of our road is
+// measured in a fresh process (this program re-run with --measure-memory on the raw copy), which reads the mask
+// and extracts once, and reports its maximum resident set size.
 
 #include "BenchmarkSummary.h"
 
 #include "BreadthFirstTreeExtractor.h"
 #include "CleaningSelleSkeletonizer.h"
 #include "lumoIpPicDescriptor.h"
+#include "lumoLiverPhantomSource.h"
 
 #include <benchmark/benchmark.h>
 
@@ -17,10 +18,10 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <memory>
-#include <random>
 #include <string>
 #include <unistd.h>
 
@@ -30,75 +31,23 @@ constexpr std::uint32_t sizeX = 512;
 constexpr std::uint32_t sizeY = 512;
 constexpr std::uint32_t sizeZ = 300;
 
-void
-drawTube(unsigned char * data, const double from[3], const double to[3], double radius)
-{
-  const long size[3] = { sizeX, sizeY, sizeZ };
-  long low[3];
-  long high[3];
-  for (int a = 0; a < 3; ++a)
-  {
-    low[a] = std::max(0L, static_cast<long>(std::floor(std::min(from[a], to[a]) - radius)));
-    high[a] = std::min(size[a] - 1, static_cast<long>(std::ceil(std::max(from[a], to[a]) + radius)));
-  }
-  const double d[3] = { to[0] - from[0], to[1] - from[1], to[2] - from[2] };
-  const double length2 = d[0] * d[0] + d[1] * d[1] + d[2] * d[2];
-  for (long z = low[2]; z <= high[2]; ++z)
-    for (long y = low[1]; y <= high[1]; ++y)
-      for (long x = low[0]; x <= high[0]; ++x)
-      {
-        const double p[3] = { x - from[0], y - from[1], z - from[2] };
-        double t = length2 > 0 ? (p[0] * d[0] + p[1] * d[1] + p[2] * d[2]) / length2 : 0.0;
-        t = std::min(1.0, std::max(0.0, t));
-        const double q[3] = { p[0] - t * d[0], p[1] - t * d[1], p[2] - t * d[2] };
-        if (q[0] * q[0] + q[1] * q[1] + q[2] * q[2] <= radius * radius)
-          data[(static_cast<std::size_t>(z) * sizeY + static_cast<std::size_t>(y)) * sizeX +
-               static_cast<std::size_t>(x)] = 1;
-      }
-}
-
-// Every branch splits in two with 0.8 of its radius, down to about 1.5 voxels.
-void
-growTree(unsigned char * data, std::mt19937 & random, const double from[3], const double direction[3], double radius)
-{
-  if (radius < 1.4)
-    return;
-  const double length = (10.0 + 8.0 * radius) * (0.8 + 0.4 * (random() % 1000) / 1000.0);
-  double to[3];
-  for (int a = 0; a < 3; ++a)
-    to[a] = from[a] + direction[a] * length;
-  drawTube(data, from, to, radius);
-  for (int child = 0; child < 2; ++child)
-  {
-    double next[3];
-    double norm = 0.0;
-    for (int a = 0; a < 3; ++a)
-    {
-      next[a] = direction[a] + 0.9 * ((random() % 2001) / 1000.0 - 1.0);
-      norm += next[a] * next[a];
-    }
-    norm = std::sqrt(norm);
-    for (double & n : next)
-      n /= norm;
-    growTree(data, random, to, next, radius * 0.8);
-  }
-}
-
+/** The large phantom's portal mask as a Pic volume. */
 lumoIpPicDescriptor *
 vesselMask()
 {
+  auto phantom = lumo::LiverPhantomSource::New();
+  phantom->SetSizePreset(lumo::LiverPhantomSource::SizePreset::Large);
+  phantom->SetSeed(1);
+  phantom->Update();
+  const lumo::Image * portal = phantom->GetPortalMask();
   const std::uint32_t sizes[3] = { sizeX, sizeY, sizeZ };
   lumoIpPicDescriptor * pic = lumoIpPicNewVolume(lumoIpPicUInt, 8, 3, sizes);
-  auto * data = static_cast<unsigned char *>(pic->data);
-  std::mt19937 random(4711u);
-  const double roots[3][3] = { { 0.5, 0.5, 0.1 }, { 0.2, 0.8, 0.9 }, { 0.85, 0.3, 0.5 } };
-  const double directions[3][3] = { { 0.0, 0.0, 1.0 }, { 0.6, -0.6, -0.53 }, { -1.0, 0.0, 0.0 } };
-  const double radii[3] = { 11.0, 9.0, 6.0 };
-  for (int tree = 0; tree < 3; ++tree)
+  if (portal->GetNumberOfVoxels() != lumoIpPicElements(pic))
   {
-    const double root[3] = { roots[tree][0] * sizeX, roots[tree][1] * sizeY, roots[tree][2] * sizeZ };
-    growTree(data, random, root, directions[tree], radii[tree]);
+    std::fprintf(stderr, "the phantom's size is not %u x %u x %u\n", sizeX, sizeY, sizeZ);
+    std::exit(1);
   }
+  std::memcpy(pic->data, portal->GetData(), lumoIpPicElements(pic));
   return pic;
 }
 
@@ -107,6 +56,25 @@ cachedMask()
 {
   static lumoIpPicDescriptor * mask = vesselMask();
   return mask;
+}
+
+/** A raw copy of the mask in a scratch file, for scikit-image and for the memory run; removed by main. */
+const std::string &
+rawMaskFile()
+{
+  static const std::string name = [] {
+    char rawName[] = "/tmp/extraction-benchmark-XXXXXX";
+    const int fd = mkstemp(rawName);
+    if (fd >= 0)
+    {
+      close(fd);
+      const lumoIpPicDescriptor * mask = cachedMask();
+      std::ofstream raw(rawName, std::ios::binary);
+      raw.write(static_cast<const char *>(mask->data), static_cast<std::streamsize>(lumoIpPicElements(mask)));
+    }
+    return std::string(fd >= 0 ? rawName : "");
+  }();
+  return name;
 }
 
 struct Result
@@ -161,18 +129,11 @@ print(elapsed, int(numpy.count_nonzero(skeleton)))
 void
 BM_SkimageSkeletonize3d(benchmark::State & state)
 {
-  const lumoIpPicDescriptor * mask = cachedMask();
-  char rawName[] = "/tmp/extraction-benchmark-XXXXXX";
-  const int fd = mkstemp(rawName);
-  if (fd < 0)
+  const std::string & rawName = rawMaskFile();
+  if (rawName.empty())
   {
     state.SkipWithError("cannot make a scratch file");
     return;
-  }
-  close(fd);
-  {
-    std::ofstream raw(rawName, std::ios::binary);
-    raw.write(static_cast<const char *>(mask->data), static_cast<std::streamsize>(lumoIpPicElements(mask)));
   }
   const std::string scriptName = std::string(rawName) + ".py";
   {
@@ -195,16 +156,22 @@ BM_SkimageSkeletonize3d(benchmark::State & state)
     state.SetIterationTime(seconds);
     skeleton = static_cast<double>(voxels);
   }
-  std::remove(rawName);
   std::remove(scriptName.c_str());
   state.counters["skeleton voxels"] = skeleton;
 }
 
-/** In the child run: build the mask, extract once, print the peak resident set in bytes. */
+/** In the child run: read the mask, extract once, print the peak resident set in bytes. */
 int
-measureMemory()
+measureMemory(const char * rawFile)
 {
-  lumoIpPicDescriptor * mask = vesselMask();
+  const std::uint32_t sizes[3] = { sizeX, sizeY, sizeZ };
+  lumoIpPicDescriptor * mask = lumoIpPicNewVolume(lumoIpPicUInt, 8, 3, sizes);
+  std::ifstream raw(rawFile, std::ios::binary);
+  raw.read(static_cast<char *>(mask->data), static_cast<std::streamsize>(lumoIpPicElements(mask)));
+  if (!raw)
+  {
+    return 1;
+  }
   const Result result = skeletonizeAndExtract(lumoIpPicClone(mask));
   lumoIpPicFree(mask);
   rusage usage{};
@@ -216,7 +183,7 @@ measureMemory()
 double
 peakBytesOfAFreshRun()
 {
-  const std::string command = "/proc/" + std::to_string(getpid()) + "/exe --measure-memory";
+  const std::string command = "/proc/" + std::to_string(getpid()) + "/exe --measure-memory " + rawMaskFile();
   FILE * pipe = popen(command.c_str(), "r");
   long bytes = 0;
   std::size_t skeleton = 0;
@@ -238,15 +205,17 @@ BENCHMARK(BM_SkimageSkeletonize3d)->Unit(benchmark::kSecond)->Iterations(1)->Use
 int
 main(int argc, char ** argv)
 {
-  if (argc == 2 && std::strcmp(argv[1], "--measure-memory") == 0)
-    return measureMemory();
+  if (argc == 3 && std::strcmp(argv[1], "--measure-memory") == 0)
+  {
+    return measureMemory(argv[2]);
+  }
   benchmark::Initialize(&argc, argv);
   BenchmarkSummary summary;
   benchmark::RunSpecifiedBenchmarks(&summary);
   const double voxels = static_cast<double>(sizeX) * sizeY * sizeZ;
   const double ours = summary.value("BM_SkeletonizeAndExtract", "real_time");
   const double skimage = summary.value("BM_SkimageSkeletonize3d", "real_time");
-  std::printf("\nVessel mask of %u x %u x %u voxels:\n", sizeX, sizeY, sizeZ);
+  std::printf("\nPortal vein mask of the large liver phantom, %u x %u x %u voxels:\n", sizeX, sizeY, sizeZ);
   if (ours > 0 && skimage > 0)
   {
     const double ratio = skimage / ours;
@@ -274,6 +243,7 @@ main(int argc, char ** argv)
   {
     std::printf("  peak memory: not measured (the child run failed)\n");
   }
+  std::remove(rawMaskFile().c_str());
   benchmark::Shutdown();
   return 0;
 }

@@ -8,11 +8,12 @@ target_compile_options(lumo_warnings INTERFACE -Wall -Wextra)
 # compiles exactly those (cmake --build <dir> --target lumo_sanitize_tests).
 add_custom_target(lumo_sanitize_tests)
 
-# lumo_add_gtest(<name> SOURCES <files...> LIBRARIES <libs...> [SANITIZE] [LABELS <labels...>] [DISPLAY])
+# lumo_add_gtest(<name> SOURCES <files...> LIBRARIES <libs...> [INCLUDES <dirs...>] [SANITIZE] [LABELS <labels...>]
+#                [DISPLAY])
 # Adds a GoogleTest executable and registers its cases with CTest. In a sanitizer build only the
 # tests marked SANITIZE are added. DISPLAY tests need an X server and run inside the Xvfb fixture.
 function(lumo_add_gtest name)
-  cmake_parse_arguments(ARG "SANITIZE;DISPLAY" "" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+  cmake_parse_arguments(ARG "SANITIZE;DISPLAY" "" "SOURCES;LIBRARIES;LABELS;INCLUDES" ${ARGN})
   if(NOT LUMO_BUILD_TESTING)
     return()
   endif()
@@ -22,7 +23,7 @@ function(lumo_add_gtest name)
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} GTest::gtest GTest::gtest_main lumo_warnings)
   target_compile_definitions(${name} PRIVATE LUMO_TEST_DATA_DIR="${PROJECT_SOURCE_DIR}/Testing/Data")
-  target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/Testing/Fixtures")
+  target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/Testing/Fixtures" ${ARG_INCLUDES})
   set(labels ${ARG_LABELS})
   if(ARG_SANITIZE)
     list(APPEND labels sanitize)
