@@ -1,13 +1,15 @@
 #!/usr/bin/env python3
-"""Writes the seed corpus of PicReaderFuzz into corpus/pic/.
+"""Writes the seed corpus of PicReaderFuzz into the folder given as argument (default: corpus/pic/ beside this file).
 
 Seeds are assembled field by field from the layout in docs/pic-format.md, independently of the C++ writer.
 Files named ok-* must be read, files named bad-* must be refused; the replay test checks both.
-Run it again after changing the format: python3 Testing/Fuzz/corpus/make-pic-seeds.py
+The build runs it into the build folder for the replay test; for a fuzzing session run it by hand:
+python3 Testing/Fuzz/corpus/make-pic-seeds.py <folder>
 """
 import gzip
 import os
 import struct
+import sys
 
 MAGIC = b"\x89LPIC\r\n\x1a"
 UINT, INT, FLOAT, ASCII = 4, 3, 5, 2
@@ -66,9 +68,10 @@ seeds = {
     "bad-no-trailer.pic.gz": gz(tiny)[:-8],
 }
 
-folder = os.path.join(os.path.dirname(os.path.abspath(__file__)), "pic")
+folder = sys.argv[1] if len(sys.argv) > 1 else os.path.join(os.path.dirname(os.path.abspath(__file__)), "pic")
 os.makedirs(folder, exist_ok=True)
 for name, data in sorted(seeds.items()):
     with open(os.path.join(folder, name), "wb") as out:
         out.write(data)
-    print("%-28s %4d bytes" % (name, len(data)))
+    if len(sys.argv) <= 1:
+        print("%-28s %4d bytes" % (name, len(data)))
