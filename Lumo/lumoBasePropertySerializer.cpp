@@ -28,6 +28,12 @@ BasePropertySerializer::Pointer
 BasePropertySerializer::CreateForProperty(const std::string & propertyClassName)
 {
   itk::LightObject::Pointer object = itk::ObjectFactoryBase::CreateInstance((propertyClassName + "Serializer").c_str());
+  if (object.IsNull())
+  {
+    return nullptr;
+  }
+  // The factory hands the object out with one reference of its own, as ITK's factory-made New() expects.
+  object->UnRegister();
   return dynamic_cast<BasePropertySerializer *>(object.GetPointer());
 }
 

@@ -636,7 +636,7 @@ LiverPhantomSource::MakeOutput(DataObjectPointerArraySizeType index)
 void
 LiverPhantomSource::SetSizePreset(SizePreset preset)
 {
-  SizeType size;
+  SizeType size{ { 96, 96, 64 } };
   SpacingType spacing;
   switch (preset)
   {
