@@ -5,6 +5,8 @@
 #include <lumoSurface.h>
 #include <lumoTimeSlicedGeometry.h>
 
+#include "LumoTestUtilities.h"
+
 #include <gtest/gtest.h>
 
 #include <vtkLinearTransform.h>
@@ -14,41 +16,9 @@
 #include <cmath>
 
 using namespace lumo;
-
-namespace
-{
-Point3D
-P(double x, double y, double z)
-{
-  Point3D p;
-  p[0] = x;
-  p[1] = y;
-  p[2] = z;
-  return p;
-}
-
-Vector3D
-V(double x, double y, double z)
-{
-  Vector3D v;
-  v[0] = x;
-  v[1] = y;
-  v[2] = z;
-  return v;
-}
-
-/** Rotation by 90 degrees about z: x -> y, y -> -x. */
-Geometry3D::DirectionType
-RotationZ90()
-{
-  Geometry3D::DirectionType d;
-  d.Fill(0.0);
-  d[0][1] = -1.0;
-  d[1][0] = 1.0;
-  d[2][2] = 1.0;
-  return d;
-}
-} // namespace
+using lumotest::P;
+using lumotest::RotationZ90;
+using lumotest::V;
 
 TEST(GeometryTest, NewGeometryIsIdentityWithUnitBounds)
 {

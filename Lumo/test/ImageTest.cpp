@@ -16,20 +16,12 @@
 #include <fstream>
 
 using namespace lumo;
+using lumotest::P;
+using lumotest::RotationZ90;
+using lumotest::V;
 
 namespace
 {
-Image::DirectionType
-RotationZ90()
-{
-  Image::DirectionType d;
-  d.Fill(0.0);
-  d[0][1] = -1.0;
-  d[1][0] = 1.0;
-  d[2][2] = 1.0;
-  return d;
-}
-
 /** A 3-D image of the pixel type with voxel value = a pattern of x, y, z (negative values for signed types). */
 template <typename T>
 Image::Pointer
@@ -70,25 +62,6 @@ ExpectSameImage(const Image * a, const Image * b, double geometryTolerance)
   }
 }
 
-Vector3D
-V(double x, double y, double z)
-{
-  Vector3D v;
-  v[0] = x;
-  v[1] = y;
-  v[2] = z;
-  return v;
-}
-
-Point3D
-P(double x, double y, double z)
-{
-  Point3D p;
-  p[0] = x;
-  p[1] = y;
-  p[2] = z;
-  return p;
-}
 } // namespace
 
 TEST(ImageTest, InitializeAndTypedAccess)

@@ -1,6 +1,8 @@
 #ifndef LumoTestUtilities_h
 #define LumoTestUtilities_h
 
+#include <lumoGeometry3D.h>
+
 #include <chrono>
 #include <filesystem>
 #include <random>
@@ -50,6 +52,38 @@ public:
 private:
   std::filesystem::path m_Path;
 };
+/** Points, vectors and a direction matrix in one line each. */
+inline lumo::Point3D
+P(double x, double y, double z)
+{
+  lumo::Point3D p;
+  p[0] = x;
+  p[1] = y;
+  p[2] = z;
+  return p;
+}
+
+inline lumo::Vector3D
+V(double x, double y, double z)
+{
+  lumo::Vector3D v;
+  v[0] = x;
+  v[1] = y;
+  v[2] = z;
+  return v;
+}
+
+/** Rotation by 90 degrees about z: x -> y, y -> -x. */
+inline lumo::Geometry3D::DirectionType
+RotationZ90()
+{
+  lumo::Geometry3D::DirectionType d;
+  d.Fill(0.0);
+  d[0][1] = -1.0;
+  d[1][0] = 1.0;
+  d[2][2] = 1.0;
+  return d;
+}
 } // namespace lumotest
 
 #endif

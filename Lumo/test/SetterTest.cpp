@@ -6,45 +6,16 @@
 #include <lumoImage.h>
 #include <lumoSurface.h>
 
+#include "LumoTestUtilities.h"
+
 #include <gtest/gtest.h>
 
 #include <vtkMatrix4x4.h>
 
 using namespace lumo;
-
-namespace
-{
-Vector3D
-V(double x, double y, double z)
-{
-  Vector3D v;
-  v[0] = x;
-  v[1] = y;
-  v[2] = z;
-  return v;
-}
-
-Point3D
-P(double x, double y, double z)
-{
-  Point3D p;
-  p[0] = x;
-  p[1] = y;
-  p[2] = z;
-  return p;
-}
-
-Geometry3D::DirectionType
-RotationZ90()
-{
-  Geometry3D::DirectionType d;
-  d.Fill(0.0);
-  d[0][1] = -1.0;
-  d[1][0] = 1.0;
-  d[2][2] = 1.0;
-  return d;
-}
-} // namespace
+using lumotest::P;
+using lumotest::RotationZ90;
+using lumotest::V;
 
 TEST(SetterModifiedTest, Geometry3DTransformSetters)
 {
