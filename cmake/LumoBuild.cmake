@@ -8,6 +8,10 @@ target_compile_options(lumo_warnings INTERFACE -Wall -Wextra)
 # compiles exactly those (cmake --build <dir> --target lumo_sanitize_tests).
 add_custom_target(lumo_sanitize_tests)
 
+# Where the Xvfb fixture keeps its display number (Testing/CMakeLists.txt defines the fixture's two tests).
+set(LUMO_XVFB_FIXTURE "${PROJECT_SOURCE_DIR}/Testing/Fixtures/xvfb-fixture")
+set(LUMO_XVFB_STATE "${PROJECT_BINARY_DIR}/xvfb")
+
 # lumo_add_gtest(<name> SOURCES <files...> LIBRARIES <libs...> [INCLUDES <dirs...>] [SANITIZE] [LABELS <labels...>]
 #                [DISPLAY])
 # Adds a GoogleTest executable and registers its cases with CTest. In a sanitizer build only the
@@ -32,6 +36,9 @@ function(lumo_add_gtest name)
   set(props LABELS "${labels}")
   if(ARG_DISPLAY)
     list(APPEND props FIXTURES_REQUIRED xvfb)
+    # The tests (and their discovery) run through xvfb-exec, which points DISPLAY at the fixture's server.
+    set_target_properties(${name} PROPERTIES CROSSCOMPILING_EMULATOR
+      "${PROJECT_SOURCE_DIR}/Testing/Fixtures/xvfb-exec;${LUMO_XVFB_STATE}")
   endif()
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES ${props})
 endfunction()
