@@ -6,7 +6,7 @@
 #include <vtkProp.h>
 #include <vtkRenderWindow.h>
 #include <vtkRenderer.h>
-#include <vtkWorldPointPicker.h>
+#include <vtkCellPicker.h>
 
 #include <set>
 
@@ -162,14 +162,14 @@ BaseRenderer::Render()
 bool
 BaseRenderer::PickWorldPoint(double displayX, double displayY, double world[3]) const
 {
-  // The z-buffer of the last frame says whether something is under the position (1.0 is the far plane).
-  const double z = m_VtkRenderer->GetZ(static_cast<int>(displayX), static_cast<int>(displayY));
-  if (z >= 1.0)
+  // A geometric pick rather than the depth buffer: the depth buffer of an off-screen frame cannot be read back
+  // reliably on every OpenGL driver, and the geometry gives the exact surface point.
+  auto picker = vtkSmartPointer<vtkCellPicker>::New();
+  picker->SetTolerance(0.0005);
+  if (picker->Pick(displayX, displayY, 0.0, m_VtkRenderer) == 0)
   {
     return false;
   }
-  auto picker = vtkSmartPointer<vtkWorldPointPicker>::New();
-  picker->Pick(displayX, displayY, 0.0, m_VtkRenderer);
   picker->GetPickPosition(world);
   return true;
 }

@@ -91,8 +91,8 @@ public:
   Mapper *
   GetMapperOf(const DataNode * node) const;
 
-  /** World coordinates of the surface under a display position (pixels, origin bottom left), read from the depth
-   *  buffer of the last frame; false when the position shows background. */
+  /** World coordinates of the nearest pickable surface under a display position (pixels, origin bottom left);
+   *  false when the position shows background. */
   bool
   PickWorldPoint(double displayX, double displayY, double world[3]) const;
 

@@ -46,6 +46,7 @@ SurfaceVtkMapper3D::GenerateDataForRenderer(BaseRenderer * renderer)
   }
   this->ApplyColorAndOpacity(m_Actor, renderer);
   const DataNode * node = this->GetDataNode();
+  m_Actor->SetPickable(node->IsOn("pickable", renderer ? renderer->GetName() : std::string(), true));
   bool scalars = false;
   node->GetBoolProperty("scalar visibility", scalars, renderer ? renderer->GetName() : std::string());
   m_PolyDataMapper->SetScalarVisibility(scalars);

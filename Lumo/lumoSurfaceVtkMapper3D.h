@@ -15,7 +15,8 @@ namespace lumo
  *
  *  With the node's boolean "scalar visibility" on, the mesh's active point scalars are coloured through a
  *  lumo::LookupTableProperty "LookupTable" when the node has one (else VTK's default table); off (default) gives
- *  the plain colour. */
+ *  the plain colour. The node's "pickable" (default true) off lets picks pass through the surface to what lies
+ *  behind it (a translucent organ in front of its vessels). */
 class SurfaceVtkMapper3D : public VtkMapper3D
 {
 public:
