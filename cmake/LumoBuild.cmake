@@ -33,12 +33,14 @@ function(lumo_add_gtest name)
     list(APPEND labels sanitize)
     add_dependencies(lumo_sanitize_tests ${name})
   endif()
-  set(props LABELS "${labels}")
+  # Labels go last: the discovered tests' properties are written unquoted, so every word after LABELS is a label.
+  set(props "")
   if(ARG_DISPLAY)
     list(APPEND props FIXTURES_REQUIRED xvfb)
     # The tests (and their discovery) run through xvfb-exec, which points DISPLAY at the fixture's server.
     set_target_properties(${name} PROPERTIES CROSSCOMPILING_EMULATOR
       "${PROJECT_SOURCE_DIR}/Testing/Fixtures/xvfb-exec;${LUMO_XVFB_STATE}")
   endif()
+  list(APPEND props LABELS ${labels})
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES ${props})
 endfunction()
