@@ -27,6 +27,7 @@ const char * const footer = R"(Examples:
   arbo phantom --out phantom --size medium   synthetic liver, vessel masks and true trees
   arbo compare truth-portal.ves portal.ves  accuracy of a tree against the truth
   arbo extract portal-mask.nii.gz -o portal.ves --type portal   vessel tree from a segmentation
+  arbo render portal.ves organ.nrrd -o tree.png --view iso   a picture of trees and organ
 
 Exit status: 0 success, 1 bad input or failed work (one line on stderr: "arbo: <file>: <what is wrong>"),
 2 bad usage. Run "arbo <command> --help" for the options of a command.)";
@@ -42,6 +43,7 @@ runApplication(int argc, const char * const * argv, std::ostream & out, std::ost
   app.fallthrough();
 
   Context context{ out, err };
+  context.arguments.assign(argv, argv + argc);
   app.add_flag("-q,--quiet", context.quiet, "Print no notes or progress on stderr (errors are still reported)");
 
   addInfoCommand(app, context);
@@ -51,6 +53,7 @@ runApplication(int argc, const char * const * argv, std::ostream & out, std::ost
   addPhantomCommand(app, context);
   addCompareCommand(app, context);
   addExtractCommand(app, context);
+  addRenderCommand(app, context);
 
   try
   {
@@ -79,7 +82,7 @@ runApplication(int argc, const char * const * argv, std::ostream & out, std::ost
   }
   catch (const Error & e)
   {
-    err << "arbo: " << e.file() << ": " << e.what() << "\n";
+    err << "arbo: " << (e.file().empty() ? std::string() : e.file() + ": ") << e.what() << "\n";
     return 1;
   }
   catch (const std::bad_alloc &)
@@ -92,6 +95,6 @@ runApplication(int argc, const char * const * argv, std::ostream & out, std::ost
     err << "arbo: " << e.what() << "\n";
     return 1;
   }
-  return 0;
+  return context.status;
 }
 } // namespace arbo

@@ -3,6 +3,8 @@
 
 #include <functional>
 #include <iosfwd>
+#include <string>
+#include <vector>
 
 namespace CLI
 {
@@ -17,6 +19,10 @@ struct Context
   std::ostream & out;
   std::ostream & err;
   bool quiet{ false };
+  /** The command line as given (the program name first); the display commands re-run it under Xvfb. */
+  std::vector<std::string> arguments;
+  /** Exit status of a command that ran a child process (0 otherwise). */
+  int status{ 0 };
 };
 
 /** Each command registers its subcommand, options and action with the application. */
@@ -34,6 +40,10 @@ void
 addCompareCommand(CLI::App & app, Context & context);
 void
 addExtractCommand(CLI::App & app, Context & context);
+void
+addRenderCommand(CLI::App & app, Context & context);
+void
+addViewCommand(CLI::App & app, Context & context);
 } // namespace arbo
 
 #endif

@@ -1,0 +1,300 @@
+#include "arboScene.h"
+
+#include "arboError.h"
+#include "arboFiles.h"
+
+#include "lumoImage.h"
+#include "lumoImageAccess.h"
+#include "lumoLookupTable.h"
+#include "lumoLookupTableProperty.h"
+#include "lumoSurface.h"
+#include "lumoSurfaceVtkMapper3D.h"
+#include "lumoVesselTreeLookupTable.h"
+#include "lumoVesselTreeLookupTableProperty.h"
+#include "lumoYetAnotherVesselTreeMapper3D.h"
+
+#include <itkImageRegionConstIterator.h>
+#include <vtkCamera.h>
+#include <vtkMath.h>
+#include <vtkDiscreteFlyingEdges3D.h>
+#include <vtkImageData.h>
+#include <vtkLookupTable.h>
+#include <vtkPointData.h>
+#include <vtkPolyData.h>
+#include <vtkPolyDataNormals.h>
+#include <vtkRenderer.h>
+#include <vtkShortArray.h>
+#include <vtkWindowedSincPolyDataFilter.h>
+
+#include <algorithm>
+#include <cmath>
+#include <set>
+
+namespace arbo
+{
+namespace
+{
+/** The image's labels as a VTK volume of shorts in world units (origin and spacing; the direction is applied to
+ *  the surface afterwards), and the set of non-zero labels. */
+struct Orientation
+{
+  itk::Matrix<double, 3, 3> direction;
+  itk::Point<double, 3> origin;
+};
+
+vtkSmartPointer<vtkImageData>
+labelVolume(const std::string & path, const lumo::Image * image, std::set<int> & labels, Orientation & orientation)
+{
+  auto volume = vtkSmartPointer<vtkImageData>::New();
+  lumo::AccessByItk(image, [&](auto * itkImage) {
+    using ImageType = std::remove_pointer_t<decltype(itkImage)>;
+    const auto region = itkImage->GetLargestPossibleRegion();
+    const auto size = region.GetSize();
+    volume->SetDimensions(static_cast<int>(size[0]), static_cast<int>(size[1]), static_cast<int>(size[2]));
+    volume->SetSpacing(itkImage->GetSpacing()[0], itkImage->GetSpacing()[1], itkImage->GetSpacing()[2]);
+    volume->SetOrigin(itkImage->GetOrigin()[0], itkImage->GetOrigin()[1], itkImage->GetOrigin()[2]);
+    volume->AllocateScalars(VTK_SHORT, 1);
+    orientation.direction = itkImage->GetDirection();
+    orientation.origin = itkImage->GetOrigin();
+    auto * out = static_cast<short *>(volume->GetScalarPointer());
+    itk::ImageRegionConstIterator<ImageType> it(itkImage, region);
+    for (; !it.IsAtEnd(); ++it, ++out)
+    {
+      const double value = static_cast<double>(it.Get());
+      if (value < 0 || value > 32767 || value != std::floor(value))
+      {
+        throw Error(path, "holds values that are not labels (whole numbers 0 to 32767); only masks and label "
+                          "images can be shown");
+      }
+      *out = static_cast<short>(value);
+      if (*out != 0)
+      {
+        labels.insert(*out);
+      }
+    }
+  });
+  return volume;
+}
+
+/** Surfaces of all labels (one contour value each), smoothed a little, in world coordinates. */
+vtkSmartPointer<vtkPolyData>
+labelSurfaces(vtkImageData * volume, const std::set<int> & labels, const Orientation & orientation)
+{
+  auto contours = vtkSmartPointer<vtkDiscreteFlyingEdges3D>::New();
+  contours->SetInputData(volume);
+  int index = 0;
+  for (int label : labels)
+  {
+    contours->SetValue(index++, label);
+  }
+  contours->ComputeScalarsOn();
+  contours->ComputeNormalsOff();
+  auto smoother = vtkSmartPointer<vtkWindowedSincPolyDataFilter>::New();
+  smoother->SetInputConnection(contours->GetOutputPort());
+  smoother->SetNumberOfIterations(15);
+  smoother->SetPassBand(0.1);
+  smoother->NonManifoldSmoothingOn();
+  smoother->NormalizeCoordinatesOn();
+  auto normals = vtkSmartPointer<vtkPolyDataNormals>::New();
+  normals->SetInputConnection(smoother->GetOutputPort());
+  normals->SplittingOff();
+  normals->Update();
+  vtkSmartPointer<vtkPolyData> surface = normals->GetOutput();
+
+  // Direction cosines: rotate about the origin, as the image's index-to-world mapping does.
+  const auto & direction = orientation.direction;
+  const auto & origin = orientation.origin;
+  bool identity = true;
+  for (unsigned r = 0; r < 3; ++r)
+  {
+    for (unsigned c = 0; c < 3; ++c)
+    {
+      identity = identity && direction(r, c) == (r == c ? 1.0 : 0.0);
+    }
+  }
+  if (!identity)
+  {
+    vtkPoints * points = surface->GetPoints();
+    for (vtkIdType i = 0; points && i < points->GetNumberOfPoints(); ++i)
+    {
+      double p[3], q[3];
+      points->GetPoint(i, p);
+      for (unsigned r = 0; r < 3; ++r)
+      {
+        q[r] = origin[r];
+        for (unsigned c = 0; c < 3; ++c)
+        {
+          q[r] += direction(r, c) * (p[c] - origin[c]);
+        }
+      }
+      points->SetPoint(i, q);
+    }
+  }
+  return surface;
+}
+
+/** Colours of the labels: the liver segment colours of the vessel colour table where they exist. */
+lumo::LookupTable::Pointer
+labelColors(const std::set<int> & labels)
+{
+  const auto vesselColors = lumo::VesselTreeLookupTable::New();
+  const auto segments = vesselColors->GetColorBySegment();
+  const int maxLabel = labels.empty() ? 1 : *labels.rbegin();
+  auto table = vtkSmartPointer<vtkLookupTable>::New();
+  table->SetNumberOfTableValues(maxLabel + 1);
+  table->SetTableRange(0, maxLabel);
+  for (int label = 0; label <= maxLabel; ++label)
+  {
+    if (label > 1 && static_cast<std::size_t>(label) < segments.size())
+    {
+      const auto & c = segments[label];
+      table->SetTableValue(label, c[0], c[1], c[2], 1.0);
+    }
+    else
+    {
+      // Golden-ratio hues: neighbouring labels far apart in colour.
+      const double hue = std::fmod(label * 0.618033988749895, 1.0);
+      double rgb[3];
+      vtkMath::HSVToRGB(hue, 0.65, 0.9, rgb, rgb + 1, rgb + 2);
+      table->SetTableValue(label, rgb[0], rgb[1], rgb[2], 1.0);
+    }
+  }
+  table->Build();
+  auto lookupTable = lumo::LookupTable::New();
+  lookupTable->SetVtkLookupTable(table);
+  return lookupTable;
+}
+} // namespace
+
+Scene
+buildScene(const std::vector<std::string> & files, bool renderSkeleton)
+{
+  Scene scene;
+  scene.storage = lumo::DataStorage::New();
+  std::vector<std::pair<lumo::DataNode::Pointer, bool>> images; // node, is an organ
+  for (const std::string & path : files)
+  {
+    lumo::BaseData::Pointer data = readData(path);
+    auto node = lumo::DataNode::New();
+    if (auto * tree = dynamic_cast<lumo::VesselTreeData *>(data.GetPointer()))
+    {
+      node->SetData(tree);
+      if (dynamic_cast<lumo::VesselTreeLookupTableProperty *>(node->GetProperty("VesselTreeLookupTable")) == nullptr)
+      {
+        node->SetProperty("VesselTreeLookupTable",
+                          lumo::VesselTreeLookupTableProperty::New(lumo::VesselTreeLookupTable::New()));
+      }
+      auto * mapper = dynamic_cast<lumo::YetAnotherVesselTreeMapper3D *>(node->GetMapper(lumo::DataNode::Standard3D));
+      if (mapper == nullptr)
+      {
+        auto tubes = lumo::YetAnotherVesselTreeMapper3D::New();
+        tubes->SetDataNode(node);
+        node->SetMapper(lumo::DataNode::Standard3D, tubes);
+      }
+      node->SetBoolProperty("Render skeleton", renderSkeleton);
+      node->SetName(path);
+      scene.storage->Add(node);
+      scene.trees.push_back(node);
+      scene.treeFiles.push_back(path);
+      continue;
+    }
+    auto * image = dynamic_cast<lumo::Image *>(data.GetPointer());
+    if (image == nullptr)
+    {
+      throw Error(path, "holds " + kindOf(data) + "; only vessel trees, masks and label images can be shown");
+    }
+    std::set<int> labels;
+    Orientation orientation;
+    vtkSmartPointer<vtkImageData> volume = labelVolume(path, image, labels, orientation);
+    if (labels.empty())
+    {
+      throw Error(path, "is empty (every voxel is 0): nothing to show");
+    }
+    auto surface = lumo::Surface::New();
+    surface->SetVtkPolyData(labelSurfaces(volume, labels, orientation));
+    node->SetData(surface);
+    node->SetName(path);
+    const bool organ = labels.size() == 1;
+    if (organ)
+    {
+      node->SetColor(0.87f, 0.72f, 0.60f);
+      node->SetBoolProperty("scalar visibility", false);
+    }
+    else
+    {
+      node->SetColor(1.0f, 1.0f, 1.0f);
+      node->SetBoolProperty("scalar visibility", true);
+      node->SetProperty("LookupTable", lumo::LookupTableProperty::New(labelColors(labels)));
+    }
+    auto mapper = lumo::SurfaceVtkMapper3D::New();
+    mapper->SetDataNode(node);
+    node->SetMapper(lumo::DataNode::Standard3D, mapper);
+    scene.storage->Add(node);
+    images.emplace_back(node, organ);
+    ++scene.surfaces;
+  }
+  // Surfaces around trees are see-through and let clicks pass to the vessels; alone they are solid.
+  for (auto & [node, organ] : images)
+  {
+    const bool withTrees = !scene.trees.empty();
+    node->SetOpacity(withTrees ? (organ ? 0.18f : 0.35f) : (organ ? 0.6f : 1.0f));
+    node->SetBoolProperty("pickable", !withTrees);
+  }
+  return scene;
+}
+
+const std::vector<std::string> &
+viewNames()
+{
+  static const std::vector<std::string> names{ "front", "back", "left", "right", "top", "bottom", "iso" };
+  return names;
+}
+
+void
+setView(lumo::BaseRenderer & renderer, const std::string & view)
+{
+  // Patient coordinates as in the images (LPS): x to the left, y to the back, z up. "front" looks at the face.
+  double from[3] = { 0, -1, 0 };
+  double up[3] = { 0, 0, 1 };
+  if (view == "back")
+  {
+    from[1] = 1;
+  }
+  else if (view == "left")
+  {
+    from[0] = 1;
+    from[1] = 0;
+  }
+  else if (view == "right")
+  {
+    from[0] = -1;
+    from[1] = 0;
+  }
+  else if (view == "top" || view == "bottom")
+  {
+    from[1] = 0;
+    from[2] = view == "top" ? 1 : -1;
+    up[1] = -1;
+    up[2] = 0;
+  }
+  else if (view == "iso")
+  {
+    from[0] = -1;
+    from[1] = -1;
+    from[2] = 1;
+  }
+  else if (view != "front")
+  {
+    throw Error("", "unknown view \"" + view + "\" (front, back, left, right, top, bottom or iso)");
+  }
+  renderer.Update();
+  vtkRenderer * r = renderer.GetVtkRenderer();
+  vtkCamera * camera = r->GetActiveCamera();
+  camera->SetFocalPoint(0, 0, 0);
+  camera->SetPosition(from);
+  camera->SetViewUp(up);
+  r->ResetCamera();
+  camera->Zoom(1.15);
+  r->ResetCameraClippingRange();
+}
+} // namespace arbo
