@@ -40,7 +40,7 @@ EventMapper::CheckDefinition(const EventDefinition & definition) const
   if (known != m_Definitions.end())
   {
     return known->second == definition ? std::string()
-                                        : "event \"" + definition.name + "\" is already defined differently";
+                                       : "event \"" + definition.name + "\" is already defined differently";
   }
   if (definition.id == EventId::None)
   {
@@ -53,8 +53,8 @@ EventMapper::CheckDefinition(const EventDefinition & definition) const
   }
   if (definition.type != EventType::None)
   {
-    const auto byTrigger = m_NamesByTrigger.find(
-      MakeTrigger(definition.type, definition.button, definition.modifiers, definition.key));
+    const auto byTrigger =
+      m_NamesByTrigger.find(MakeTrigger(definition.type, definition.button, definition.modifiers, definition.key));
     if (byTrigger != m_NamesByTrigger.end())
     {
       return "event \"" + definition.name + "\" has the same trigger as event \"" + byTrigger->second + "\"";

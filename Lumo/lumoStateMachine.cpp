@@ -77,10 +77,9 @@ StateMachine::HandleEvent(const StateEvent * stateEvent)
     const auto function = m_Actions.find(templateAction.GetActionId());
     if (function == m_Actions.end())
     {
-      itkWarningMacro("no function registered for action " << templateAction.GetActionId() << " (state machine type \""
-                                                           << m_Type << "\", transition from \"" << from->GetName()
-                                                           << "\" to \"" << transition->GetNextState()->GetName()
-                                                           << "\")");
+      itkWarningMacro("no function registered for action "
+                      << templateAction.GetActionId() << " (state machine type \"" << m_Type << "\", transition from \""
+                      << from->GetName() << "\" to \"" << transition->GetNextState()->GetName() << "\")");
       continue;
     }
     Action action = templateAction;

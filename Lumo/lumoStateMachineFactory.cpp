@@ -228,7 +228,8 @@ private:
       }
       if (mask & bit)
       {
-        Fail(element, "attribute \"modifiers\" of <event> is \"" + text + "\": modifier \"" + part + "\" appears twice");
+        Fail(element,
+             "attribute \"modifiers\" of <event> is \"" + text + "\": modifier \"" + part + "\" appears twice");
       }
       mask |= bit;
       if (plus == std::string::npos)
@@ -380,7 +381,8 @@ private:
       {
         if (std::string(text) != "true" && std::string(text) != "false")
         {
-          Fail(state, std::string("attribute \"start\" of <state> is \"") + text + "\", expected \"true\" or \"false\"");
+          Fail(state,
+               std::string("attribute \"start\" of <state> is \"") + text + "\", expected \"true\" or \"false\"");
         }
         start = std::string(text) == "true";
       }
@@ -435,7 +437,8 @@ private:
         }
         if (!state->AddTransition(made))
         {
-          Fail(transition, "state \"" + state->GetName() + "\" has a second transition for event \"" + eventName + "\"");
+          Fail(transition,
+               "state \"" + state->GetName() + "\" has a second transition for event \"" + eventName + "\"");
         }
       }
     }
