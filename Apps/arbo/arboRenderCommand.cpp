@@ -162,8 +162,11 @@ addRenderCommand(CLI::App & app, Context & context)
   CLI::Option * select =
     command->add_option("--select", options->select, "Select the vessel of this id (drawn in the active colour)")
       ->check(CLI::NonNegativeNumber);
-  command->add_option("--select-mode", options->selectMode, "What --select selects: the vessel, its path to the "
-                                                            "root, or its subtree")
+  command
+    ->add_option("--select-mode",
+                 options->selectMode,
+                 "What --select selects: the vessel, its path to the "
+                 "root, or its subtree")
     ->capture_default_str()
     ->check(CLI::IsMember({ "single", "path", "subtree" }))
     ->needs(select);

@@ -63,8 +63,9 @@ labelVolume(const std::string & path, const lumo::Image * image, std::set<int> &
       const double value = static_cast<double>(it.Get());
       if (value < 0 || value > 32767 || value != std::floor(value))
       {
-        throw Error(path, "holds values that are not labels (whole numbers 0 to 32767); only masks and label "
-                          "images can be shown");
+        throw Error(path,
+                    "holds values that are not labels (whole numbers 0 to 32767); only masks and label "
+                    "images can be shown");
       }
       *out = static_cast<short>(value);
       if (*out != 0)
