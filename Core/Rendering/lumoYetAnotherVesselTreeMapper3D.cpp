@@ -280,6 +280,9 @@ YetAnotherVesselTreeMapper3D::UpdateColors()
     m_Actor->Modified();
   }
 
+  // Ids that belong to no vessel have the fully transparent colour for invisible, which would make VTK draw the
+  // whole tree in its translucent pass (wrong depth order, see-through tubes); no such id is on the geometry.
+  m_Actor->SetForceOpaque(m_Actor->GetProperty()->GetOpacity() >= 1.0);
   m_PolyDataMapper->SetLookupTable(m_LookupTableFilter->GetOutput()->GetVtkLookupTable());
   m_PolyDataMapper->SetScalarRange(0.0, static_cast<double>(input->GetMaxVesselId(0)));
   m_PolyDataMapper->SetColorModeToMapScalars();

@@ -1,0 +1,191 @@
+#include "ArboTestSupport.h"
+
+#include "lumoDisplay.h"
+#include "lumoVesselTreeFileWriter.h"
+#include "lumoVesselTreeLookupTable.h"
+
+#include "RenderedVesselTree.h"
+
+#include <vtkImageData.h>
+#include <vtkPNGReader.h>
+#include <vtkSmartPointer.h>
+
+#include <cstdlib>
+
+using namespace arbo_test;
+
+namespace
+{
+class ArboRender : public ArboTest
+{
+protected:
+  /** The picking tree of the fixtures with every vessel of the given type, written as .ves. */
+  std::string
+  writeTree(const std::string & name, int type)
+  {
+    auto data = vessel_test::makePickingTree();
+    for (std::int32_t id = 1; id <= 4; ++id)
+    {
+      data->GetVesselById(id, 0)->getProperties().setBloodVesselType(type);
+    }
+    auto writer = lumo::VesselTreeFileWriter::New();
+    writer->SetInputVesselTree(data);
+    writer->SetFileName(path(name).c_str());
+    writer->Update();
+    return path(name);
+  }
+
+  /** Pixels whose colour is the given colour under white light: a multiple k of it (shading), k >= 0.3. */
+  static int
+  pixelsOfColor(const std::string & png, const lumo::VesselTreeLookupTable::ColorType & color)
+  {
+    auto reader = vtkSmartPointer<vtkPNGReader>::New();
+    reader->SetFileName(png.c_str());
+    reader->Update();
+    vtkImageData * image = reader->GetOutput();
+    const int * dims = image->GetDimensions();
+    const int components = image->GetNumberOfScalarComponents();
+    const auto * pixel = static_cast<const unsigned char *>(image->GetScalarPointer());
+    const double cc = color[0] * color[0] + color[1] * color[1] + color[2] * color[2];
+    int count = 0;
+    for (int i = 0; i < dims[0] * dims[1]; ++i, pixel += components)
+    {
+      const double p[3] = { pixel[0] / 255.0, pixel[1] / 255.0, pixel[2] / 255.0 };
+      const double k = (p[0] * color[0] + p[1] * color[1] + p[2] * color[2]) / cc;
+      double residual = 0;
+      for (int c = 0; c < 3; ++c)
+      {
+        residual = std::max(residual, std::abs(p[c] - k * color[c]));
+      }
+      count += (k >= 0.3 && residual < 0.04) ? 1 : 0;
+    }
+    return count;
+  }
+};
+} // namespace
+
+TEST_F(ArboRender, TreesAppearInTheirVesselTypeColours)
+{
+  LUMO_REQUIRE_DISPLAY();
+  const auto colors = lumo::VesselTreeLookupTable::New();
+  const auto hepatic = colors->GetColorByType()[1];
+  const auto portal = colors->GetColorByType()[2];
+  const std::string portalTree = writeTree("portal.ves", 2);
+  const std::string hepaticTree = writeTree("hepatic.ves", 1);
+
+  ArboRun run = runArbo({ "render", portalTree, "-o", path("portal.png"), "--size", "400x300" });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.err, "arbo: wrote " + path("portal.png") + " (400x300, 1 tree, 0 surfaces)\n");
+  EXPECT_GT(pixelsOfColor(path("portal.png"), portal), 1500);
+  EXPECT_EQ(pixelsOfColor(path("portal.png"), hepatic), 0);
+
+  run = runArbo({ "render", hepaticTree, "-o", path("hepatic.png"), "--size", "400x300", "--view", "iso", "-q" });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.err, "");
+  EXPECT_GT(pixelsOfColor(path("hepatic.png"), hepatic), 1000);
+  EXPECT_EQ(pixelsOfColor(path("hepatic.png"), portal), 0);
+}
+
+TEST_F(ArboRender, SelectionTakesTheActiveColourAndSkeletonIsThin)
+{
+  LUMO_REQUIRE_DISPLAY();
+  const auto colors = lumo::VesselTreeLookupTable::New();
+  const auto active = colors->GetColorForActive();
+  const std::string tree = writeTree("portal.ves", 2);
+  ASSERT_EQ(runArbo({ "render", tree, "-o", path("plain.png"), "--size", "400x300" }).status, 0);
+  EXPECT_EQ(pixelsOfColor(path("plain.png"), active), 0);
+
+  ArboRun run =
+    runArbo({ "render", tree, "-o", path("path.png"), "--size", "400x300", "--select", "2", "--select-mode", "path" });
+  ASSERT_EQ(run.status, 0) << run.err;
+  const int selected = pixelsOfColor(path("path.png"), active);
+  EXPECT_GT(selected, 1000);
+  ASSERT_EQ(runArbo({ "render", tree, "-o", path("one.png"), "--size", "400x300", "--select", "2" }).status, 0);
+  EXPECT_GT(pixelsOfColor(path("one.png"), active), 100);
+  EXPECT_LT(pixelsOfColor(path("one.png"), active), selected);
+
+  ASSERT_EQ(runArbo({ "render", tree, "-o", path("lines.png"), "--size", "400x300", "--skeleton" }).status, 0);
+  EXPECT_LT(pixelsOfColor(path("lines.png"), colors->GetColorByType()[2]),
+            pixelsOfColor(path("plain.png"), colors->GetColorByType()[2]) / 4);
+}
+
+TEST_F(ArboRender, BadInputExitsWithOneLineAndWritesNothing)
+{
+  LUMO_REQUIRE_DISPLAY();
+  const std::string tree = writeTree("portal.ves", 2);
+  writeFile(path("old.png"), "keep me");
+  writeFile(path("garbage.ves"), "not a tree\n");
+
+  ArboRun run = runArbo({ "render", path("garbage.ves"), "-o", path("old.png") });
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err.rfind("arbo: " + path("garbage.ves") + ": ", 0), 0u) << run.err;
+  EXPECT_EQ(readFile(path("old.png")), "keep me");
+
+  run = runArbo({ "render", tree, "-o", path("tree.jpg") });
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err,
+            "arbo: " + path("tree.jpg") + ": the picture is written as PNG: give a file name ending in .png\n");
+
+  run = runArbo({ "render", tree, "-o", path("tree.png"), "--select", "99" });
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err, "arbo: " + tree + ": --select 99: no vessel of that id in the tree\n");
+
+  run = runArbo({ "render", tree, "-o", path("missing-folder/tree.png") });
+  EXPECT_EQ(run.status, 1);
+  EXPECT_NE(run.err.find("missing-folder"), std::string::npos) << run.err;
+
+  EXPECT_EQ(files(), (std::vector<std::string>{ "garbage.ves", "old.png", "portal.ves" }));
+}
+
+TEST_F(ArboRender, BadUsageExitsTwo)
+{
+  const std::string tree = writeTree("portal.ves", 2);
+  for (const std::vector<std::string> & arguments :
+       { std::vector<std::string>{ "render", tree, "-o", path("t.png"), "--size", "400" },
+         std::vector<std::string>{ "render", tree, "-o", path("t.png"), "--size", "10x10" },
+         std::vector<std::string>{ "render", tree, "-o", path("t.png"), "--view", "sideways" },
+         std::vector<std::string>{ "render", tree, "-o", path("t.png"), "--select-mode", "path" },
+         std::vector<std::string>{ "render", path("absent.ves"), "-o", path("t.png") },
+         std::vector<std::string>{ "render", tree } })
+  {
+    const ArboRun run = runArbo(arguments);
+    EXPECT_EQ(run.status, 2) << arguments.back() << ": " << run.err;
+  }
+  EXPECT_EQ(files(), std::vector<std::string>{ "portal.ves" });
+}
+
+TEST_F(ArboRender, WithoutDisplayOrXvfbRunItSaysSo)
+{
+  const std::string tree = writeTree("portal.ves", 2);
+  const char * display = std::getenv("DISPLAY");
+  const std::string savedDisplay = display ? display : "";
+  const std::string savedPath = std::getenv("PATH") ? std::getenv("PATH") : "";
+  ::unsetenv("DISPLAY");
+  ::setenv("PATH", path("no-tools").c_str(), 1);
+  const ArboRun run = runArbo({ "render", tree, "-o", path("tree.png") });
+  ::setenv("PATH", savedPath.c_str(), 1);
+  if (display)
+  {
+    ::setenv("DISPLAY", savedDisplay.c_str(), 1);
+  }
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err,
+            "arbo: no X display: DISPLAY is not set, and xvfb-run is not installed (the Debian package "
+            "xvfb has it)\n");
+  EXPECT_EQ(files(), std::vector<std::string>{ "portal.ves" });
+}
+
+TEST_F(ArboRender, WithoutDisplayTheProgramRunsItselfUnderXvfbRun)
+{
+  if (std::system("command -v xvfb-run >/dev/null 2>&1") != 0)
+  {
+    GTEST_SKIP() << "xvfb-run is not installed";
+  }
+  const std::string tree = writeTree("portal.ves", 2);
+  const std::string command = "env -u DISPLAY " + std::string(ARBO_EXECUTABLE) + " render " + tree + " -o " +
+                              path("tree.png") + " --size 200x150 2>" + path("err.txt");
+  EXPECT_EQ(std::system(command.c_str()), 0);
+  EXPECT_EQ(readFile(path("err.txt")), "arbo: wrote " + path("tree.png") + " (200x150, 1 tree, 0 surfaces)\n");
+  const std::string png = readFile(path("tree.png"));
+  EXPECT_EQ(png.substr(0, 8), "\x89PNG\r\n\x1a\n");
+}
