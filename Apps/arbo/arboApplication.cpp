@@ -28,6 +28,7 @@ const char * const footer = R"(Examples:
   arbo compare truth-portal.ves portal.ves  accuracy of a tree against the truth
   arbo extract portal-mask.nii.gz -o portal.ves --type portal   vessel tree from a segmentation
   arbo render portal.ves organ.nrrd -o tree.png --view iso   a picture of trees and organ
+  arbo view portal.ves organ.nrrd      select and label vessels in a window, save the edited tree
 
 Exit status: 0 success, 1 bad input or failed work (one line on stderr: "arbo: <file>: <what is wrong>"),
 2 bad usage. Run "arbo <command> --help" for the options of a command.)";
@@ -54,6 +55,7 @@ runApplication(int argc, const char * const * argv, std::ostream & out, std::ost
   addCompareCommand(app, context);
   addExtractCommand(app, context);
   addRenderCommand(app, context);
+  addViewCommand(app, context);
 
   try
   {

@@ -1,0 +1,63 @@
+#include "arboCommands.h"
+
+#include "arboDisplay.h"
+#include "arboError.h"
+#include "arboScene.h"
+#include "arboViewer.h"
+
+#include "lumoDisplay.h"
+
+#include <CLI/CLI.hpp>
+
+namespace arbo
+{
+namespace
+{
+struct ViewOptions
+{
+  std::vector<std::string> files;
+  std::string size{ "1024x768" };
+  std::string view{ "front" };
+};
+
+void
+runView(const ViewOptions & options, Context & context)
+{
+  Viewer::Options viewerOptions;
+  viewerOptions.files = options.files;
+  viewerOptions.view = options.view;
+  parseSize(options.size, viewerOptions.width, viewerOptions.height);
+  std::string why;
+  if (!lumo::IsDisplayAvailable(&why))
+  {
+    throw Error("", why + "; arbo view needs a screen (arbo render draws pictures without one)");
+  }
+  Viewer viewer(viewerOptions, context);
+  viewer.run();
+}
+} // namespace
+
+void
+addViewCommand(CLI::App & app, Context & context)
+{
+  auto options = std::make_shared<ViewOptions>();
+  CLI::App * command = app.add_subcommand("view", "Look at vessel trees in a window, select vessels and label them");
+  command->footer("Click a vessel to select it, shift+click to add one; keys set type, segment and resection\n"
+                  "status of the selected vessels. Press ? in the window for all keys:\n\n" +
+                  Viewer::helpText() +
+                  "\n\nEdited trees are saved beside the originals as NAME.edited.ves; the originals are only\n"
+                  "overwritten after pressing S twice.\n\n"
+                  "Example:\n"
+                  "  arbo view portal.ves hepatic.ves organ.nrrd");
+  command->add_option("files", options->files, "Vessel trees (.ves), masks and label images")
+    ->required()
+    ->check(CLI::ExistingFile);
+  command->add_option("--size", options->size, "Window size in pixels, WIDTHxHEIGHT")
+    ->capture_default_str()
+    ->check(sizeValidator());
+  command->add_option("--view", options->view, "Direction of view at the start")
+    ->capture_default_str()
+    ->check(CLI::IsMember(viewNames()));
+  command->callback([options, &context]() { runView(*options, context); });
+}
+} // namespace arbo

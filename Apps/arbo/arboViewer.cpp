@@ -1,0 +1,516 @@
+#include "arboViewer.h"
+
+#include "arboAtomicFile.h"
+#include "arboError.h"
+#include "arboFiles.h"
+
+#include "lumoGlobalInteraction.h"
+#include "lumoDisplayPositionEvent.h"
+#include "lumoInteractionConst.h"
+#include "lumoOperation.h"
+#include "lumoOperationEvent.h"
+#include "lumoRenderingManager.h"
+#include "lumoStatusBar.h"
+#include "lumoUndoController.h"
+#include "lumoVesselTreeOperation.h"
+
+#include "ArVesselTree.h"
+#include "VesselLabels.h"
+
+#include <vtkCallbackCommand.h>
+#include <vtkInteractorStyleTrackballCamera.h>
+#include <vtkObjectFactory.h>
+#include <vtkRenderWindow.h>
+#include <vtkRenderWindowInteractor.h>
+#include <vtkRenderer.h>
+#include <vtkTextActor.h>
+#include <vtkTextProperty.h>
+
+#include <cmath>
+#include <filesystem>
+#include <map>
+
+namespace arbo
+{
+namespace
+{
+/** A whole tree to put back: label changes are undone and redone by swapping snapshots. */
+class TreeSnapshot : public lumo::Operation
+{
+public:
+  static constexpr lumo::OperationType Type = 9001;
+  TreeSnapshot(std::size_t treeIndex, ArVesselTree tree)
+    : lumo::Operation(Type)
+    , m_TreeIndex(treeIndex)
+    , m_Tree(std::move(tree))
+  {}
+  std::size_t m_TreeIndex;
+  ArVesselTree m_Tree;
+};
+
+/** Trackball camera on drags; a click without motion goes to the viewer, and so do keys. VTK's own keys (quit,
+ *  wireframe, stereo...) are switched off: the viewer's keys label vessels. */
+class ViewerStyle : public vtkInteractorStyleTrackballCamera
+{
+public:
+  static ViewerStyle *
+  New();
+  vtkTypeMacro(ViewerStyle, vtkInteractorStyleTrackballCamera);
+
+  Viewer * viewer{ nullptr };
+
+  void
+  OnLeftButtonDown() override
+  {
+    m_Down[0] = this->Interactor->GetEventPosition()[0];
+    m_Down[1] = this->Interactor->GetEventPosition()[1];
+    Superclass::OnLeftButtonDown();
+  }
+  void
+  OnLeftButtonUp() override
+  {
+    Superclass::OnLeftButtonUp();
+    const int * at = this->Interactor->GetEventPosition();
+    if (viewer && std::abs(at[0] - m_Down[0]) <= 3 && std::abs(at[1] - m_Down[1]) <= 3)
+    {
+      viewer->click(at[0], at[1], this->Interactor->GetShiftKey() != 0);
+    }
+  }
+  void
+  OnChar() override
+  {}
+  void
+  OnKeyPress() override
+  {
+    if (viewer && this->Interactor->GetKeySym())
+    {
+      viewer->key(this->Interactor->GetKeySym(), this->Interactor->GetShiftKey() != 0);
+    }
+  }
+
+private:
+  int m_Down[2]{ 0, 0 };
+};
+vtkStandardNewMacro(ViewerStyle);
+
+const std::map<std::string, int> &
+segmentKeys()
+{
+  // The Couinaud segments on the function keys, in order; F10 clears the segment.
+  static const std::map<std::string, int> keys{ { "F1", 2 }, { "F2", 3 }, { "F3", 4 }, { "F4", 5 },  { "F5", 6 },
+                                                { "F6", 7 }, { "F7", 8 }, { "F8", 9 }, { "F9", 10 }, { "F10", 1 } };
+  return keys;
+}
+
+const std::map<std::string, int> &
+typeKeys()
+{
+  static const std::map<std::string, int> keys{ { "u", 0 }, { "h", 1 }, { "p", 2 }, { "a", 3 }, { "b", 4 } };
+  return keys;
+}
+
+const std::map<std::string, int> &
+statusKeys()
+{
+  static const std::map<std::string, int> keys{ { "0", 1 }, { "k", 2 }, { "r", 3 }, { "w", 4 } };
+  return keys;
+}
+
+std::string
+plural(std::size_t n, const std::string & word)
+{
+  return std::to_string(n) + " " + word + (n == 1 ? "" : "s");
+}
+} // namespace
+
+std::string
+Viewer::helpText()
+{
+  return "click: select vessel   shift+click: add to selection   drag: rotate   wheel: zoom\n"
+         "1 vessel only   2 path to the root   3 everything downstream (what a click selects)\n"
+         "type:    p portal   h hepatic   a artery   b bile duct   u undefined\n"
+         "segment: F1-F3 I-III   F4 IVa   F5 IVb   F6-F9 V-VIII   F10 none\n"
+         "status:  r resect   k keep   w area at risk   0 undefined\n"
+         "x hide selected   v show all   t tubes/centre lines   c reset view   Tab next tree\n"
+         "z undo   y redo   s save as *.edited.ves   S twice: overwrite the original\n"
+         "? this help   q quit";
+}
+
+Viewer::Viewer(const Options & options, Context & context)
+  : m_Context(context)
+  , m_Options(options)
+  , m_Scene(buildScene(options.files, false))
+  , m_Renderer(lumo::BaseRenderer::New())
+{
+  if (m_Scene.trees.empty() && m_Scene.surfaces == 0)
+  {
+    throw Error("", "nothing to show");
+  }
+  m_Edited.assign(m_Scene.trees.size(), false);
+  m_Renderer->SetDataStorage(m_Scene.storage);
+  vtkRenderWindow * window = m_Renderer->GetRenderWindow();
+  window->SetSize(options.width, options.height);
+  window->SetWindowName("arbo view");
+  vtkRenderer * r = m_Renderer->GetVtkRenderer();
+  r->SetBackground(0.10, 0.11, 0.13);
+  r->SetBackground2(0.30, 0.32, 0.36);
+  r->GradientBackgroundOn();
+  lumo::RenderingManager::GetInstance()->AddRenderWindow(window);
+
+  m_Status = vtkSmartPointer<vtkTextActor>::New();
+  m_Status->GetTextProperty()->SetFontSize(16);
+  m_Status->GetTextProperty()->SetColor(1.0, 0.95, 0.6);
+  m_Status->SetDisplayPosition(10, 10);
+  r->AddViewProp(m_Status);
+  m_Help = vtkSmartPointer<vtkTextActor>::New();
+  m_Help->SetInput(helpText().c_str());
+  m_Help->GetTextProperty()->SetFontSize(14);
+  m_Help->GetTextProperty()->SetColor(0.9, 0.9, 0.9);
+  m_Help->GetTextProperty()->SetVerticalJustificationToTop();
+  m_Help->GetTextProperty()->ShadowOn();
+  m_Help->SetDisplayPosition(10, options.height - 10);
+  r->AddViewProp(m_Help);
+
+  lumo::StatusBar::GetInstance()->SetImplementation(
+    [this](const std::string & text) { m_Status->SetInput(text.c_str()); });
+  lumo::UndoController::GetInstance()->Clear();
+  for (const auto & node : m_Scene.trees)
+  {
+    auto interactor = lumo::YetAnotherVesselTreeInteractor::New("VesselTreeSelection", node);
+    lumo::GlobalInteraction::GetInstance()->AddInteractor(interactor);
+    m_Interactors.push_back(interactor);
+  }
+  lumo::YetAnotherVesselTreeInteractor::SetActiveVesselTree(m_Scene.trees.empty() ? nullptr : m_Scene.trees[0]);
+  setView(*m_Renderer, options.view);
+  say(m_Scene.trees.empty() ? "No vessel tree: nothing to select"
+                            : "Active tree: " + m_Scene.treeFiles[0] + " (click a vessel; ? for help)");
+}
+
+Viewer::~Viewer()
+{
+  // The undo history refers to this viewer and to the trees: it ends with them.
+  lumo::UndoController::GetInstance()->Clear();
+  for (const auto & interactor : m_Interactors)
+  {
+    lumo::GlobalInteraction::GetInstance()->RemoveInteractor(interactor);
+  }
+  lumo::YetAnotherVesselTreeInteractor::SetActiveVesselTree(nullptr);
+  lumo::StatusBar::GetInstance()->SetImplementation(nullptr);
+  lumo::RenderingManager::GetInstance()->RemoveRenderWindow(m_Renderer->GetRenderWindow());
+  if (m_WindowInteractor)
+  {
+    m_WindowInteractor->SetInteractorStyle(nullptr);
+  }
+}
+
+void
+Viewer::show()
+{
+  m_Renderer->Render();
+}
+
+void
+Viewer::attach()
+{
+  if (m_WindowInteractor)
+  {
+    return;
+  }
+  m_WindowInteractor = vtkSmartPointer<vtkRenderWindowInteractor>::New();
+  auto style = vtkSmartPointer<ViewerStyle>::New();
+  style->viewer = this;
+  m_WindowInteractor->SetInteractorStyle(style);
+  m_WindowInteractor->SetRenderWindow(m_Renderer->GetRenderWindow());
+  m_WindowInteractor->Initialize();
+}
+
+void
+Viewer::run()
+{
+  attach();
+  show();
+  m_WindowInteractor->Start();
+}
+
+std::string
+Viewer::statusText() const
+{
+  return lumo::StatusBar::GetInstance()->GetText();
+}
+
+bool
+Viewer::helpVisible() const
+{
+  return m_Help->GetVisibility() != 0;
+}
+
+lumo::VesselTreeData *
+Viewer::tree(std::size_t index) const
+{
+  return index < m_Scene.trees.size() ? static_cast<lumo::VesselTreeData *>(m_Scene.trees[index]->GetData()) : nullptr;
+}
+
+void
+Viewer::say(const std::string & text)
+{
+  lumo::StatusBar::GetInstance()->DisplayText(text);
+}
+
+void
+Viewer::redraw()
+{
+  lumo::RenderingManager::GetInstance()->RequestUpdate(m_Renderer->GetRenderWindow());
+  lumo::RenderingManager::GetInstance()->ExecutePendingRequests();
+}
+
+void
+Viewer::click(double x, double y, bool shift)
+{
+  m_ConfirmOverwrite = m_ConfirmQuit = false;
+  if (m_Scene.trees.empty())
+  {
+    return;
+  }
+  lumo::DisplayPositionEvent event(m_Renderer,
+                                   lumo::EventType::MouseButtonPress,
+                                   lumo::MouseButton::Left,
+                                   shift ? lumo::ShiftModifier : 0,
+                                   0,
+                                   lumo::Point2D(std::array<double, 2>{ x, y }.data()));
+  lumo::GlobalInteraction::GetInstance()->HandleEvent(&event);
+  redraw();
+}
+
+std::size_t
+Viewer::countActive(std::size_t index) const
+{
+  const lumo::VesselTreeData * data = tree(index);
+  const ArVesselTree vessels = data ? data->GetVesselTreeData(0) : ArVesselTree();
+  std::size_t count = 0;
+  if (!vessels.isNull())
+  {
+    std::unique_ptr<TreeIterator<ar<Vessel>>> it(vessels->newPreorderIterator());
+    while (it->hasNext())
+    {
+      const ar<Vessel> vessel = it->next();
+      count += (!vessel.isNull() && vessel->getProperties().isActive()) ? 1 : 0;
+    }
+  }
+  return count;
+}
+
+void
+Viewer::label(const std::string & what, const std::function<void(lumo::VesselTreeData &)> & change)
+{
+  lumo::VesselTreeData * data = tree(m_ActiveTree);
+  const std::size_t count = countActive(m_ActiveTree);
+  if (data == nullptr || count == 0)
+  {
+    say("Select vessels first: click a vessel (shift+click adds)");
+    return;
+  }
+  ArVesselTree before = cloneVesselTree(data->GetVesselTreeData(0));
+  change(*data);
+  // The labelled vessels were deactivated; forgetting the picks as well lets the next shift+click start a new
+  // selection instead of bringing the labelled vessels back.
+  lumo::VesselTreeOperation forget(lumo::VesselTreeOperation::Select, 0);
+  data->ExecuteOperation(&forget);
+  ArVesselTree after = cloneVesselTree(data->GetVesselTreeData(0));
+  lumo::UndoController::GetInstance()->SetOperationEvent(new lumo::OperationEvent(
+    this, new TreeSnapshot(m_ActiveTree, after), new TreeSnapshot(m_ActiveTree, before), what));
+  m_Edited[m_ActiveTree] = true;
+  say(what + ": " + plural(count, "vessel"));
+}
+
+void
+Viewer::ExecuteOperation(lumo::Operation * operation)
+{
+  auto * snapshot = dynamic_cast<TreeSnapshot *>(operation);
+  lumo::VesselTreeData * data = snapshot ? tree(snapshot->m_TreeIndex) : nullptr;
+  if (data == nullptr)
+  {
+    return;
+  }
+  // A copy goes in, so that the snapshot stays as it was for the next undo or redo.
+  data->SetVesselTreeData(cloneVesselTree(snapshot->m_Tree), 0);
+  m_Edited[snapshot->m_TreeIndex] = true;
+}
+
+void
+Viewer::setActivationMode(lumo::VesselTreeData::ActivationMode mode, const std::string & name)
+{
+  for (std::size_t i = 0; i < m_Scene.trees.size(); ++i)
+  {
+    tree(i)->SetActivationMode(mode, 0);
+  }
+  say("A click selects " + name);
+}
+
+void
+Viewer::save(bool overwriteOriginal)
+{
+  for (std::size_t i = 0; i < m_Scene.trees.size(); ++i)
+  {
+    if (!m_Edited[i] && !overwriteOriginal)
+    {
+      continue;
+    }
+    const std::string & original = m_Scene.treeFiles[i];
+    std::string target = original;
+    if (!overwriteOriginal)
+    {
+      std::filesystem::path path(original);
+      path.replace_extension(".edited.ves");
+      target = path.string();
+    }
+    // The selection is not part of the plan: the saved tree has no active vessel.
+    ArVesselTree copy = cloneVesselTree(tree(i)->GetVesselTreeData(0));
+    auto data = lumo::VesselTreeData::New();
+    data->initialize(copy);
+    data->DeactivateAll(0);
+    try
+    {
+      writeData(data, target);
+    }
+    catch (const Error & error)
+    {
+      say("Not saved: " + target + ": " + error.what());
+      return;
+    }
+    m_Edited[i] = false;
+    say("Saved " + target);
+    if (!m_Context.quiet)
+    {
+      m_Context.err << "arbo: saved " << target << "\n";
+    }
+  }
+}
+
+void
+Viewer::key(const std::string & keySymbol, bool shift)
+{
+  const bool confirmOverwrite = m_ConfirmOverwrite;
+  const bool confirmQuit = m_ConfirmQuit;
+  m_ConfirmOverwrite = m_ConfirmQuit = false;
+  lumo::VesselTreeData * data = tree(m_ActiveTree);
+  if (const auto type = typeKeys().find(keySymbol); type != typeKeys().end() && !shift)
+  {
+    label("Type " + VesselLabels::bloodVesselTypeName(type->second),
+          [&](lumo::VesselTreeData & d) { d.SetBloodVesselTypeForActive(type->second, 0); });
+  }
+  else if (const auto segment = segmentKeys().find(keySymbol); segment != segmentKeys().end())
+  {
+    label("Segment " + VesselLabels::segmentTypeName(segment->second),
+          [&](lumo::VesselTreeData & d) { d.SetSegmentTypeForActive(segment->second, 0); });
+  }
+  else if (const auto status = statusKeys().find(keySymbol); status != statusKeys().end() && !shift)
+  {
+    label(VesselLabels::resectionStatusName(status->second),
+          [&](lumo::VesselTreeData & d) { d.SetResectionStatusForActive(status->second, 0); });
+  }
+  else if (keySymbol == "1" || keySymbol == "2" || keySymbol == "3")
+  {
+    static const std::pair<lumo::VesselTreeData::ActivationMode, const char *> modes[] = {
+      { lumo::VesselTreeData::SingleActivation, "the vessel only" },
+      { lumo::VesselTreeData::PathToRootActivation, "the path to the root" },
+      { lumo::VesselTreeData::SubtreeActivation, "everything downstream" },
+    };
+    const auto & mode = modes[keySymbol[0] - '1'];
+    setActivationMode(mode.first, mode.second);
+  }
+  else if (keySymbol == "x" && data)
+  {
+    label("Hidden", [](lumo::VesselTreeData & d) { d.SetVisibilityForActive(false, 0); });
+  }
+  else if (keySymbol == "v" && data)
+  {
+    for (int type = 0; type <= 4; ++type)
+    {
+      data->SetVisibilityForType(type, true, 0);
+    }
+    data->TopologyModified();
+    say("All vessels shown");
+  }
+  else if (keySymbol == "t")
+  {
+    bool skeleton = false;
+    for (const auto & node : m_Scene.trees)
+    {
+      node->GetBoolProperty("Render skeleton", skeleton);
+      node->SetBoolProperty("Render skeleton", !skeleton);
+    }
+    say(skeleton ? "Tubes" : "Centre lines");
+  }
+  else if (keySymbol == "z" || keySymbol == "y")
+  {
+    auto * undo = lumo::UndoController::GetInstance();
+    const bool isUndo = keySymbol == "z";
+    const auto descriptions = isUndo ? undo->GetUndoDescriptions() : undo->GetRedoDescriptions();
+    if (descriptions.empty())
+    {
+      say(isUndo ? "Nothing to undo" : "Nothing to redo");
+    }
+    else
+    {
+      isUndo ? undo->Undo() : undo->Redo();
+      say((isUndo ? "Undone: " : "Redone: ") + descriptions.front());
+    }
+  }
+  else if (keySymbol == "s" && !shift)
+  {
+    if (std::find(m_Edited.begin(), m_Edited.end(), true) == m_Edited.end())
+    {
+      say("No changes to save");
+    }
+    else
+    {
+      save(false);
+    }
+  }
+  else if (keySymbol == "S" || (keySymbol == "s" && shift))
+  {
+    if (confirmOverwrite)
+    {
+      save(true);
+    }
+    else
+    {
+      m_ConfirmOverwrite = true;
+      say("Press S again to overwrite " +
+          std::string(m_Scene.trees.size() == 1 ? "the original file" : "the original files"));
+    }
+  }
+  else if (keySymbol == "Tab" && !m_Scene.trees.empty())
+  {
+    m_ActiveTree = (m_ActiveTree + 1) % m_Scene.trees.size();
+    lumo::YetAnotherVesselTreeInteractor::SetActiveVesselTree(m_Scene.trees[m_ActiveTree]);
+    say("Active tree: " + m_Scene.treeFiles[m_ActiveTree]);
+  }
+  else if (keySymbol == "c")
+  {
+    setView(*m_Renderer, m_Options.view);
+  }
+  else if (keySymbol == "question" || keySymbol == "F11")
+  {
+    m_Help->SetVisibility(!m_Help->GetVisibility());
+  }
+  else if (keySymbol == "q" || keySymbol == "Escape")
+  {
+    const bool unsaved = std::find(m_Edited.begin(), m_Edited.end(), true) != m_Edited.end();
+    if (unsaved && !confirmQuit)
+    {
+      m_ConfirmQuit = true;
+      say("Unsaved changes: press q again to quit without saving, s to save");
+    }
+    else
+    {
+      m_Quit = true;
+      if (m_WindowInteractor)
+      {
+        m_WindowInteractor->TerminateApp();
+      }
+    }
+  }
+  redraw();
+}
+} // namespace arbo
