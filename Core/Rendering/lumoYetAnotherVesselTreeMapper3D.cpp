@@ -15,6 +15,7 @@
 #include <vtkTubeFilter.h>
 #include <vtkUnsignedIntArray.h>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 
@@ -204,7 +205,26 @@ YetAnotherVesselTreeMapper3D::GenerateTubes()
 void
 YetAnotherVesselTreeMapper3D::GenerateEndSpheres()
 {
-  auto append = vtkSmartPointer<vtkAppendPolyData>::New();
+  // One sphere source's output serves as the template of every sphere: each vessel's sphere is that unit sphere
+  // scaled and moved, which is what a source of that centre and radius would give, without thousands of sources
+  // and an append over all of them (the spheres used to be most of the build time of a large tree).
+  auto unit = vtkSmartPointer<vtkSphereSource>::New();
+  unit->SetCenter(0.0, 0.0, 0.0);
+  unit->SetRadius(1.0);
+  unit->Update();
+  vtkPolyData * sphere = unit->GetOutput();
+  const vtkIdType spherePoints = sphere->GetNumberOfPoints();
+
+  auto points = vtkSmartPointer<vtkPoints>::New();
+  points->SetDataTypeToFloat();
+  auto normals = vtkSmartPointer<vtkFloatArray>::New();
+  normals->SetName("Normals");
+  normals->SetNumberOfComponents(3);
+  auto ids = vtkSmartPointer<vtkUnsignedIntArray>::New();
+  ids->SetName("vesselIds");
+  ids->SetNumberOfComponents(1);
+  auto polys = vtkSmartPointer<vtkCellArray>::New();
+
   const VesselTreeData * input = this->GetInput();
   const ArVesselTree tree = input ? input->GetVesselTreeData(0) : ArVesselTree();
   if (!tree.isNull())
@@ -218,30 +238,45 @@ YetAnotherVesselTreeMapper3D::GenerateEndSpheres()
         continue;
       }
       const VesselPoint & last = vessel->getPoints().back();
-      auto sphere = vtkSmartPointer<vtkSphereSource>::New();
-      sphere->SetCenter(last.x, last.y, last.z);
-      // No absolute value here, unlike the skeleton's radii: a negative stored diameter keeps its sign.
-      sphere->SetRadius(last.diameter * 0.5);
-      sphere->Update();
-      vtkPolyData * output = sphere->GetOutput();
-      auto ids = vtkSmartPointer<vtkUnsignedIntArray>::New();
-      ids->SetName("vesselIds");
-      ids->SetNumberOfComponents(1);
-      ids->SetNumberOfTuples(output->GetNumberOfPoints());
-      ids->FillComponent(0, static_cast<double>(vessel->getVesselId()));
-      output->GetPointData()->AddArray(ids);
-      append->AddInputData(output);
+      // No absolute value here, unlike the skeleton's radii: a negative stored diameter gives a negative radius,
+      // which the sphere source clamps to 0 (a sphere collapsed onto the vessel's end).
+      const double radius = std::max(0.0, last.diameter * 0.5);
+      const double id = static_cast<double>(vessel->getVesselId());
+      const vtkIdType offset = points->GetNumberOfPoints();
+      for (vtkIdType i = 0; i < spherePoints; ++i)
+      {
+        double p[3];
+        sphere->GetPoint(i, p);
+        points->InsertNextPoint(last.x + radius * p[0], last.y + radius * p[1], last.z + radius * p[2]);
+        // The source's normals point away from the centre, zero for a sphere of radius 0.
+        if (radius > 0.0)
+        {
+          normals->InsertNextTuple(p);
+        }
+        else
+        {
+          normals->InsertNextTuple3(0.0, 0.0, 0.0);
+        }
+        ids->InsertNextTuple1(id);
+      }
+      vtkCellArray * cells = sphere->GetPolys();
+      vtkIdType count = 0;
+      const vtkIdType * cell = nullptr;
+      for (cells->InitTraversal(); cells->GetNextCell(count, cell);)
+      {
+        polys->InsertNextCell(static_cast<int>(count));
+        for (vtkIdType k = 0; k < count; ++k)
+        {
+          polys->InsertCellPoint(offset + cell[k]);
+        }
+      }
     }
   }
-  if (append->GetNumberOfInputConnections(0) > 0)
-  {
-    append->Update();
-    m_EndSpheres = append->GetOutput();
-  }
-  else
-  {
-    m_EndSpheres = vtkSmartPointer<vtkPolyData>::New();
-  }
+  m_EndSpheres = vtkSmartPointer<vtkPolyData>::New();
+  m_EndSpheres->SetPoints(points);
+  m_EndSpheres->SetPolys(polys);
+  m_EndSpheres->GetPointData()->SetNormals(normals);
+  m_EndSpheres->GetPointData()->AddArray(ids);
 }
 
 void
