@@ -100,18 +100,8 @@ runRender(const RenderOptions & options, Context & context)
   auto renderer = lumo::BaseRenderer::New();
   renderer->SetDataStorage(scene.storage);
   vtkRenderWindow * window = renderer->GetRenderWindow();
-  window->SetSize(width, height);
   window->OffScreenRenderingOn();
-  window->SetMultiSamples(0);
-  vtkRenderer * r = renderer->GetVtkRenderer();
-  r->SetBackground(0.10, 0.11, 0.13);
-  r->SetBackground2(0.30, 0.32, 0.36);
-  r->GradientBackgroundOn();
-  // Translucent organ and territory surfaces sorted per pixel, so that vessels inside them show in depth order.
-  r->UseDepthPeelingOn();
-  r->SetMaximumNumberOfPeels(8);
-  r->SetOcclusionRatio(0.0);
-  r->GetRenderWindow()->SetAlphaBitPlanes(1);
+  setUpWindow(*renderer, width, height);
   setView(*renderer, options.view);
   renderer->Render();
 

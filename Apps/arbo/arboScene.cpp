@@ -22,6 +22,7 @@
 #include <vtkPointData.h>
 #include <vtkPolyData.h>
 #include <vtkPolyDataNormals.h>
+#include <vtkRenderWindow.h>
 #include <vtkRenderer.h>
 #include <vtkShortArray.h>
 #include <vtkWindowedSincPolyDataFilter.h>
@@ -242,6 +243,23 @@ buildScene(const std::vector<std::string> & files, bool renderSkeleton)
     node->SetBoolProperty("pickable", !withTrees);
   }
   return scene;
+}
+
+void
+setUpWindow(lumo::BaseRenderer & renderer, int width, int height)
+{
+  vtkRenderWindow * window = renderer.GetRenderWindow();
+  window->SetSize(width, height);
+  window->SetMultiSamples(0);
+  window->SetAlphaBitPlanes(1);
+  vtkRenderer * r = renderer.GetVtkRenderer();
+  r->SetBackground(0.10, 0.11, 0.13);
+  r->SetBackground2(0.30, 0.32, 0.36);
+  r->GradientBackgroundOn();
+  // Translucent organ and territory surfaces sorted per pixel, so that vessels inside them show in depth order.
+  r->UseDepthPeelingOn();
+  r->SetMaximumNumberOfPeels(8);
+  r->SetOcclusionRatio(0.0);
 }
 
 const std::vector<std::string> &

@@ -30,6 +30,10 @@ struct Scene
 Scene
 buildScene(const std::vector<std::string> & files, bool renderSkeleton);
 
+/** Size, background and depth peeling of the window that shows a scene (the same for pictures and the viewer). */
+void
+setUpWindow(lumo::BaseRenderer & renderer, int width, int height);
+
 /** Points the renderer's camera at everything from one side: "front" (from anterior), "back", "left", "right",
  *  "top" (from superior), "bottom" or "iso" (anterior, right, superior). Throws arbo::Error for other names. */
 void

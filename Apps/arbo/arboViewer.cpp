@@ -149,18 +149,9 @@ Viewer::Viewer(const Options & options, Context & context)
   m_Edited.assign(m_Scene.trees.size(), false);
   m_Renderer->SetDataStorage(m_Scene.storage);
   vtkRenderWindow * window = m_Renderer->GetRenderWindow();
-  window->SetSize(options.width, options.height);
   window->SetWindowName("arbo view");
-  window->SetMultiSamples(0);
+  setUpWindow(*m_Renderer, options.width, options.height);
   vtkRenderer * r = m_Renderer->GetVtkRenderer();
-  r->SetBackground(0.10, 0.11, 0.13);
-  r->SetBackground2(0.30, 0.32, 0.36);
-  r->GradientBackgroundOn();
-  // Translucent organ and territory surfaces sorted per pixel, so that vessels inside them show in depth order.
-  r->UseDepthPeelingOn();
-  r->SetMaximumNumberOfPeels(8);
-  r->SetOcclusionRatio(0.0);
-  r->GetRenderWindow()->SetAlphaBitPlanes(1);
   lumo::RenderingManager::GetInstance()->AddRenderWindow(window);
 
   m_Status = vtkSmartPointer<vtkTextActor>::New();

@@ -92,7 +92,7 @@ protected:
 
   std::ostringstream m_Out;
   std::ostringstream m_Err;
-  arbo::Context m_Context{ m_Out, m_Err };
+  arbo::Context m_Context{ m_Out, m_Err, false, {}, 0 };
   std::string m_Original;
 };
 } // namespace
