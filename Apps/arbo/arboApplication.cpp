@@ -43,7 +43,7 @@ runApplication(int argc, const char * const * argv, std::ostream & out, std::ost
   app.require_subcommand(1);
   app.fallthrough();
 
-  Context context{ out, err };
+  Context context{ out, err, false, {}, 0 };
   context.arguments.assign(argv, argv + argc);
   app.add_flag("-q,--quiet", context.quiet, "Print no notes or progress on stderr (errors are still reported)");
 
