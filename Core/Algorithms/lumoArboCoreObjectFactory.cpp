@@ -1,5 +1,7 @@
 #include "lumoArboCoreObjectFactory.h"
 
+#include "lumoYetAnotherVesselTreeMapper3D.h"
+
 #include "lumoBoolProperty.h"
 #include "lumoCoreObjectFactory.h"
 #include "lumoLogger.h"
@@ -105,8 +107,9 @@ ArboCoreObjectFactory::CreateMapper(DataNode * node, DataNode::MapperSlotId slot
   {
     return nullptr;
   }
-  // the tube mapper is returned here once the rendering library is linked
-  return nullptr;
+  auto mapper = YetAnotherVesselTreeMapper3D::New();
+  mapper->SetDataNode(node);
+  return mapper.GetPointer();
 }
 
 void

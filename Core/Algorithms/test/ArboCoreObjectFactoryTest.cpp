@@ -2,6 +2,7 @@
 // The first test must run first in its process: it watches the one-time part of the factory's construction.
 
 #include "lumoArboCoreObjectFactory.h"
+#include "lumoYetAnotherVesselTreeMapper3D.h"
 #include "lumoArboModule.h"
 #include "lumoBoolProperty.h"
 #include "lumoCoreObjectFactory.h"
@@ -313,6 +314,10 @@ TEST(ArboCoreObjectFactory, OtherNodesAndSlotsAreLeftAlone)
   DataNode::Pointer vessels = DataNode::New();
   vessels->SetData(VesselTreeData::New());
   EXPECT_EQ(registeredFactory()->CreateMapper(vessels, DataNode::Standard2D), nullptr);
+  // Vessel trees get the tube mapper in the 3-D slot, bound to their node.
+  auto * tubes = dynamic_cast<YetAnotherVesselTreeMapper3D *>(vessels->GetMapper(DataNode::Standard3D));
+  ASSERT_NE(tubes, nullptr);
+  EXPECT_EQ(tubes->GetDataNode(), vessels.GetPointer());
   EXPECT_EQ(registeredFactory()->CreateMapper(nullptr, DataNode::Standard3D), nullptr);
   registeredFactory()->SetDefaultProperties(nullptr); // ignored
 }

@@ -158,4 +158,11 @@ TEST(ModuleLoader, LoadedModuleOpensVesFilesWithItsDefaults)
   ASSERT_NE(table, nullptr);
   EXPECT_STREQ(table->GetNameOfClass(), "VesselTreeLookupTableProperty");
   EXPECT_EQ(table->GetValueAsString(), "vessel tree colours: 5 types, 28 segments, 5 resection states");
+
+  // The 3-D slot gets the module's tube mapper, bound to the node; the 2-D slot stays empty.
+  itk::Object * mapper = node->GetMapper(DataNode::Standard3D);
+  ASSERT_NE(mapper, nullptr);
+  EXPECT_STREQ(mapper->GetNameOfClass(), "YetAnotherVesselTreeMapper3D");
+  EXPECT_EQ(node->GetMapper(DataNode::Standard3D), mapper);
+  EXPECT_EQ(node->GetMapper(DataNode::Standard2D), nullptr);
 }
