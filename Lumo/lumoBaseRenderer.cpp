@@ -1,5 +1,6 @@
 #include "lumoBaseRenderer.h"
 
+#include "lumoDisplay.h"
 #include "lumoMapper.h"
 #include "lumoVtkMapper3D.h"
 
@@ -155,6 +156,13 @@ BaseRenderer::Update()
 void
 BaseRenderer::Render()
 {
+  // VTK's X window ends the process when it cannot reach a display (off-screen frames too): check before the
+  // window is made.
+  std::string why;
+  if (m_RenderWindow->GetGenericWindowId() == nullptr && !IsDisplayAvailable(&why))
+  {
+    throw itk::ExceptionObject(__FILE__, __LINE__, "Cannot draw the renderer \"" + m_Name + "\": " + why, ITK_LOCATION);
+  }
   this->Update();
   m_RenderWindow->Render();
 }

@@ -83,7 +83,8 @@ public:
    *  renderer's props in step with the storage (props of removed nodes are taken out). No drawing. */
   void
   Update();
-  /** Update(), then draws the window. */
+  /** Update(), then draws the window. Throws itk::ExceptionObject ("Cannot draw the renderer \"NAME\": no X
+   *  display: ...") when the window does not exist yet and no X display can be opened. */
   void
   Render();
 
