@@ -18,7 +18,15 @@ IsDisplayAvailable(std::string * why)
     }
     return false;
   }
-  // Opening and closing a connection is the only reliable test: a stale DISPLAY (a finished Xvfb) is common.
+  // Opening a connection is the only reliable test: a stale DISPLAY (a finished Xvfb) is common. The connection
+  // that succeeded stays open for the life of the process: an X server started without -noreset resets when its
+  // last client leaves, and a window opened during that reset fails (VTK then ends the process).
+  static std::string openedName;
+  static Display * opened = nullptr;
+  if (opened != nullptr && openedName == name)
+  {
+    return true;
+  }
   Display * display = XOpenDisplay(name);
   if (display == nullptr)
   {
@@ -28,7 +36,12 @@ IsDisplayAvailable(std::string * why)
     }
     return false;
   }
-  XCloseDisplay(display);
+  if (opened != nullptr)
+  {
+    XCloseDisplay(opened);
+  }
+  opened = display;
+  openedName = name;
   return true;
 }
 } // namespace lumo

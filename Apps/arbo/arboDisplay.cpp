@@ -118,7 +118,9 @@ needsVirtualDisplay(const Context & context, int & status)
   {
     throw Error("", why + "; run arbo under xvfb-run -a");
   }
-  std::vector<std::string> arguments{ xvfbRun, "-a", "-s", "-screen 0 1920x1080x24 -nolisten tcp", self.string() };
+  std::vector<std::string> arguments{
+    xvfbRun, "-a", "-s", "-screen 0 1920x1080x24 -nolisten tcp -noreset", self.string()
+  };
   arguments.insert(
     arguments.end(), context.arguments.begin() + (context.arguments.empty() ? 0 : 1), context.arguments.end());
   std::vector<char *> argv;
