@@ -602,7 +602,7 @@ main(int argc, char ** argv)
     const double tubes = summary.value(steps, "tubes ms");
     const double spheres = summary.value(steps, "spheres ms");
     std::printf("    dense build step by step, both trees: skeleton %.1f ms, tubes %.1f ms (%.0f points), end spheres "
-                "%.1f ms (a sphere source per vessel and their append), each step in a run of its own\n",
+                "%.1f ms (one sphere template placed per vessel), each step in a run of its own\n",
                 skeleton,
                 tubes,
                 summary.value(steps, "tube points"),
