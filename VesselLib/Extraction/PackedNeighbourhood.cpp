@@ -82,6 +82,32 @@ eulerHalves()
   static const EulerHalves halves;
   return halves;
 }
+
+// The face neighbour and the side plane of each border direction as bit masks.
+struct PackedSidePlanes
+{
+  std::uint32_t face[6];
+  std::uint32_t plane[6];
+  PackedSidePlanes()
+  {
+    for (int d = 0; d < 6; ++d)
+    {
+      face[d] = 1u << SelleBorderTypeEvaluator::faceIndex[d];
+      plane[d] = 0;
+      for (int i = 0; i < 9; ++i)
+      {
+        plane[d] |= 1u << SelleBorderTypeEvaluator::sidePlane[d][i];
+      }
+    }
+  }
+};
+
+const PackedSidePlanes &
+packedSidePlanes()
+{
+  static const PackedSidePlanes planes;
+  return planes;
+}
 } // namespace
 
 std::uint32_t
@@ -130,6 +156,13 @@ PackedNeighbourhood::isDeletable(std::uint32_t packed)
   return foregroundCount(packed) > 1 && eulerChange(packed) == 0 && isConnected(packed);
 }
 
+bool
+PackedNeighbourhood::isBorder(int direction, std::uint32_t packed)
+{
+  const PackedSidePlanes & planes = packedSidePlanes();
+  return (packed & planes.face[direction]) == 0 && foregroundCount(packed & planes.plane[direction]) < 2;
+}
+
 unsigned
 PackedNeighbourhood::borderDirections(std::uint32_t packed)
 {
@@ -138,7 +171,7 @@ PackedNeighbourhood::borderDirections(std::uint32_t packed)
   unsigned directions = 0;
   for (int d = 0; d < 6; ++d)
   {
-    if (SelleBorderTypeEvaluator::isBorder(d, packed))
+    if (isBorder(d, packed))
     {
       directions |= bits[d];
     }

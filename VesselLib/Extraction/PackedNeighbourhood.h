@@ -22,6 +22,9 @@ public:
   /** RecursiveNeighbourhoodConnectionEvaluator: a bit-parallel flood fill on the 3 x 3 x 3 cube. */
   static bool
   isConnected(std::uint32_t packed);
+  /** SelleBorderTypeEvaluator's test in one direction (its order: z + 1, z - 1, x + 1, x - 1, y + 1, y - 1). */
+  static bool
+  isBorder(int direction, std::uint32_t packed);
   /** The six border directions as bucket bits: y - 1 = 1, y + 1 = 2, x - 1 = 4, x + 1 = 8, z - 1 = 16,
    *  z + 1 = 32. */
   static unsigned

@@ -1,35 +1,5 @@
 #include "SelleBorderTypeEvaluator.h"
 
-#include "PackedNeighbourhood.h"
-
-namespace
-{
-struct PackedSidePlanes
-{
-  std::uint32_t face[6];
-  std::uint32_t plane[6];
-  PackedSidePlanes()
-  {
-    for (int d = 0; d < 6; ++d)
-    {
-      face[d] = 1u << SelleBorderTypeEvaluator::faceIndex[d];
-      plane[d] = 0;
-      for (int i = 0; i < 9; ++i)
-      {
-        plane[d] |= 1u << SelleBorderTypeEvaluator::sidePlane[d][i];
-      }
-    }
-  }
-};
-
-const PackedSidePlanes &
-packedSidePlanes()
-{
-  static const PackedSidePlanes planes;
-  return planes;
-}
-} // namespace
-
 bool
 SelleBorderTypeEvaluator::isBorder(int direction, const unsigned char * neighbourhood)
 {
@@ -43,14 +13,6 @@ SelleBorderTypeEvaluator::isBorder(int direction, const unsigned char * neighbou
     foreground += neighbourhood[sidePlane[direction][i]] != 0 ? 1 : 0;
   }
   return foreground < 2;
-}
-
-bool
-SelleBorderTypeEvaluator::isBorder(int direction, std::uint32_t packedNeighbourhood)
-{
-  const PackedSidePlanes & planes = packedSidePlanes();
-  return (packedNeighbourhood & planes.face[direction]) == 0 &&
-         PackedNeighbourhood::foregroundCount(packedNeighbourhood & planes.plane[direction]) < 2;
 }
 
 bool

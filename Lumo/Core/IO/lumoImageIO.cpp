@@ -2,7 +2,7 @@
 //
 // This translation unit includes itkImageFileReader.h and itkImageFileWriter.h with the IO factory registration
 // that ITK_USE_FILE set up for this directory (ITK_IO_FACTORY_REGISTER_MANAGER): linking it in registers ITK's
-// ImageIO factories of the modules that Lumo/CMakeLists.txt asks for.
+// ImageIO factories of the ITK modules that this library's CMakeLists.txt asks for.
 
 #include "lumoFileNames.h"
 #include "lumoImageAccess.h"
