@@ -147,7 +147,8 @@ rethrowForFiles(const std::string & what, const ResectOptions & options)
   const std::string gridPrefix = "Tumour mask and organ segmentation differ in ";
   if (what.rfind(gridPrefix, 0) == 0)
   {
-    throw Error(options.tumour, "lies on another grid than the organ: they differ in " + what.substr(gridPrefix.size()));
+    throw Error(options.tumour,
+                "lies on another grid than the organ: they differ in " + what.substr(gridPrefix.size()));
   }
   if (what == "Tumour mask holds no tumour voxel")
   {
@@ -256,8 +257,8 @@ resect(const ResectOptions & options, Context & context)
   {
     throw CLI::ValidationError("--margin", "a margin belongs to --tumour, not to --plan");
   }
-  const std::vector<Margin> margins = options.plan ? std::vector<Margin>{}
-                                                   : parseMargins(options.margins.empty() ? "10" : options.margins);
+  const std::vector<Margin> margins =
+    options.plan ? std::vector<Margin>{} : parseMargins(options.margins.empty() ? "10" : options.margins);
   if (!lumo::CanWriteImageFile(options.output))
   {
     throw Error(options.output,
@@ -414,11 +415,11 @@ resect(const ResectOptions & options, Context & context)
       out << "Risk analysis of " << options.tumour << " with " << options.portal;
     }
     out << (options.hepatic.empty() ? "" : " and " + options.hepatic) << " in " << options.organ << "\n";
-    out << "organ: " << organVoxels << " voxels, " << fixed(static_cast<double>(organVoxels) * voxelMl, 2)
-        << " ml\n";
+    out << "organ: " << organVoxels << " voxels, " << fixed(static_cast<double>(organVoxels) * voxelMl, 2) << " ml\n";
     for (const Result & result : results)
     {
-      out << "\n" << (result.hasMargin ? "margin " + result.margin.text + " mm" : std::string("plan")) << " -> "
+      out << "\n"
+          << (result.hasMargin ? "margin " + result.margin.text + " mm" : std::string("plan")) << " -> "
           << result.output << "\n";
       out << "  " << std::left << std::setw(10) << "part" << std::right << std::setw(12) << "voxels" << std::setw(12)
           << "ml" << std::setw(9) << "% organ"

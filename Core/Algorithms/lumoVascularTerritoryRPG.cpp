@@ -258,8 +258,8 @@ VascularTerritoryRPG::TerritoriesOf(Territories & cache, const VesselTreeData * 
   const auto * ids = static_cast<const std::uint16_t *>(classifier->getVesselIDVolume()->getPic()->data);
   const auto * organVoxels = static_cast<const unsigned char *>(organ->GetData());
   const std::size_t voxels = organ->GetNumberOfVoxels();
-  cache.ids.reserve(static_cast<std::size_t>(std::count_if(
-    organVoxels, organVoxels + voxels, [](unsigned char v) { return v != 0; })));
+  cache.ids.reserve(
+    static_cast<std::size_t>(std::count_if(organVoxels, organVoxels + voxels, [](unsigned char v) { return v != 0; })));
   for (std::size_t i = 0; i < voxels; ++i)
   {
     if (organVoxels[i] != 0)

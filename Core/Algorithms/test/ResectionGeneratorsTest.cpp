@@ -246,6 +246,11 @@ TEST(SafetyMarginRPG, MarginReachingAVesselPointCutsItsWholeSubtree)
   EXPECT_EQ(portal.status(2), ToBeResected);
   EXPECT_EQ(portal.status(3), NotToBeResected);
 
+  // Tumour at 6, 2 mm: Z = {4..8} holds B's point but not C's (at 1); C goes with its parent B.
+  auto second = marginGenerator(organ, rowTumour({ 6 }), portalTree().data, 2.0);
+  second->Update();
+  EXPECT_EQ(labelsOf(second), "333333333222222222220");
+
   // Only the margin changed: one distance map and one territory labelling served both updates.
   EXPECT_EQ(generator->GetNumberOfDistanceMapComputations(), 1u);
   EXPECT_EQ(generator->GetNumberOfTerritoryComputations(), 1u);
