@@ -1,5 +1,6 @@
 #include "lumoVascularTerritoryRPG.h"
 
+#include "lumoLabelImageSurfaceFilter.h"
 #include "lumoSurface.h"
 #include "lumoVesselTreeLookupTable.h"
 
@@ -359,13 +360,25 @@ VascularTerritoryRPG::FinishResectionImage(const Image * organ, std::size_t tumo
 }
 
 void
-VascularTerritoryRPG::MakeSurfaces(const Image * /*resection*/, const std::vector<std::uint8_t> & labels)
+VascularTerritoryRPG::MakeSurfaces(const Image * resection, const std::vector<std::uint8_t> & labels)
 {
   // One surface output per label present (at least one, as the source requires).
   this->ResizeOutputs(1 + std::max<std::size_t>(1, labels.size()));
   for (unsigned int i = 0; i < this->GetNumberOfResectionSurfaces(); ++i)
   {
     this->GetResectionSurface(i)->Clear();
+  }
+  if (!m_GenerateSurfaces || labels.empty())
+  {
+    return;
+  }
+  auto surfaces = LabelImageSurfaceFilter::New();
+  surfaces->SetInput(resection);
+  surfaces->SetLabels(LabelImageSurfaceFilter::LabelVector(labels.begin(), labels.end()));
+  surfaces->Update();
+  for (unsigned int i = 0; i < labels.size(); ++i)
+  {
+    this->GetResectionSurface(i)->Graft(surfaces->GetOutput(i));
   }
 }
 

@@ -209,9 +209,16 @@ TEST_F(ArboResectTest, JsonGivesTheSameNumbers)
                                 "1",
                                 "-o",
                                 path("risk.nii.gz"),
+                                "--surfaces",
+                                path("surfaces"),
+                                "--surface-format",
+                                "stl",
                                 "--json" });
   ASSERT_EQ(run.status, 0) << run.err;
-  EXPECT_EQ(files().size(), m_Inputs.size() + 2);
+  EXPECT_EQ(files().size(), m_Inputs.size() + 3);
+  EXPECT_TRUE(std::filesystem::is_regular_file(path("surfaces/risk-remnant.stl")));
+  EXPECT_TRUE(std::filesystem::is_regular_file(path("surfaces/risk-resected.stl")));
+  EXPECT_FALSE(std::filesystem::exists(path("surfaces/risk-at-risk.stl")));
   EXPECT_EQ(labelsIn(path("risk.nii.gz")), "333322222222222222220");
   EXPECT_TRUE(std::filesystem::exists(path("risk.proposal.xml")));
   const auto report = nlohmann::json::parse(run.out);

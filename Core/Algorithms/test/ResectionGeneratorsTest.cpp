@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vtkPolyData.h>
+
 #include <itkMacro.h>
 
 #include <cmath>
@@ -384,14 +386,29 @@ TEST(SafetyMarginRPG, DescriptorNamesVolumesSurfacesAndColours)
   for (int label = 2; label <= 4; ++label)
   {
     EXPECT_EQ(descriptor->GetLabelForSurfaceIndex(label - 2), label);
+    // Each surface wraps its label's voxels: along the row, from the label's first to its last voxel.
+    vtkPolyData * surface = generator->GetResectionSurface(static_cast<unsigned int>(label - 2))->GetVtkPolyData();
+    ASSERT_NE(surface, nullptr);
+    ASSERT_GT(surface->GetNumberOfPolys(), 0);
+    double bounds[6];
+    surface->GetBounds(bounds);
+    const double first[5] = { 0, 0, 13, 0, 7 };
+    const double last[5] = { 0, 0, 19, 6, 12 };
+    EXPECT_GE(bounds[0], first[label] - 0.5 - 1e-6) << label;
+    EXPECT_LE(bounds[1], last[label] + 0.5 + 1e-6) << label;
+    // Smoothing rounds the ends of the thin bar, but by less than a voxel.
+    EXPECT_LT(bounds[0], first[label] + 0.5) << label;
+    EXPECT_GT(bounds[1], last[label] - 0.5) << label;
     EXPECT_FLOAT_EQ(descriptor->GetColor(label)[0], static_cast<float>(0.1 * label));
     EXPECT_FLOAT_EQ(descriptor->GetColor(label)[1], 0.2f);
     EXPECT_FLOAT_EQ(descriptor->GetColor(label)[2], static_cast<float>(0.25 * label));
   }
 
-  // Without a hepatic tree label 4 is absent: two labels, two surfaces.
+  // Without a hepatic tree label 4 is absent: two labels, two surfaces, left empty on request.
   generator->SetHepaticVesselTree(nullptr);
+  generator->GenerateSurfacesOff();
   generator->Update();
+  EXPECT_EQ(generator->GetResectionSurface(0)->GetVtkPolyData(), nullptr);
   EXPECT_EQ(generator->GetResectionProposalDescriptor()->GetNumberOfLabels(), 2u);
   EXPECT_EQ(generator->GetNumberOfResectionSurfaces(), 2u);
   EXPECT_EQ(generator->GetResectionProposalDescriptor()->GetLabelForSurfaceIndex(1), 3);
