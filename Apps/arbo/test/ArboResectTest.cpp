@@ -302,6 +302,19 @@ TEST_F(ArboResectTest, BadInputsLeaveNothingBehind)
   expectRefused(
     { "resect", path("tumour.nrrd"), path("portal.ves"), "--tumour", path("missing.nrrd"), "-o", path("risk.nrrd") },
     "arbo: " + path("missing.nrrd") + ": cannot be opened (No such file or directory)");
+  // The trees go last: the images and proposals written before them are removed again.
+  expectRefused({ "resect",
+                  path("organ.nrrd"),
+                  path("portal.ves"),
+                  "--tumour",
+                  path("tumour.nrrd"),
+                  "--margin",
+                  "0,5",
+                  "-o",
+                  path("risk.nrrd"),
+                  "--tree-out",
+                  path("missing/plan.ves") },
+                "arbo: " + path("missing/plan-0mm.ves") + ": the folder " + path("missing") + " does not exist");
   expectRefused(
     { "resect", path("organ.nrrd"), path("portal.ves"), "--tumour", path("tumour.nrrd"), "-o", path("risk.txt") },
     "arbo: " + path("risk.txt") +

@@ -274,6 +274,24 @@ TEST(SafetyMarginRPG, DistancesAreWorldMillimetres)
   EXPECT_DOUBLE_EQ(generator->GetVoxelMillilitres(), 0.5 / 1000.0);
 }
 
+TEST(SafetyMarginRPG, VesselPointsFallIntoTheNearestVoxel)
+{
+  // Root at 10, one child B; Z = {0..4}. B supplies {0..7} from 4.4 or 4.6 alike.
+  Image::Pointer organ = rowOrgan();
+  Image::Pointer tumour = rowTumour({ 2 });
+  for (const auto & [x, labels] : std::vector<std::pair<float, std::string>>{
+         { 4.4f, "333333332222222222220" }, // voxel 4, in the zone: B is cut
+         { 4.6f, "333332222222222222220" }, // voxel 5, outside it
+       })
+  {
+    HandTree portal = makeTree({ { -1, 1, PortalVein, UndefinedResectionStatus, { 10 } },
+                                 { 0, 2, PortalVein, UndefinedResectionStatus, { x } } });
+    auto generator = marginGenerator(organ, tumour, portal.data, 2.0);
+    generator->Update();
+    EXPECT_EQ(labelsOf(generator), labels) << x;
+  }
+}
+
 TEST(SafetyMarginRPG, CongestedHepaticBranchIsAtRisk)
 {
   Image::Pointer organ = rowOrgan();
