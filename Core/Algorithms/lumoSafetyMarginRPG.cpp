@@ -388,38 +388,36 @@ SafetyMarginRPG::GenerateData()
       TableById(hepatic, [](const Vessel & v) { return v.getProperties().getResectionStatus() == AreaAtRisk; });
   }
 
-  // Territories first (the territories hold one id per organ voxel, in scan order: k counts the organ voxels),
+  // Territories first (they hold one id per organ voxel, in the order of the organ runs: k counts organ voxels),
   // then the zone over the box, which can only turn voxels into 3.
   unsigned char * labels = this->StartResectionImage(organ);
-  const std::size_t voxels = organ->GetNumberOfVoxels();
-  for (std::size_t i = 0, k = 0; i < voxels; ++i)
+  std::size_t k = 0;
+  for (const OrganRun & run : this->OrganRuns())
   {
-    if (organVoxels[i] == 0)
+    for (std::size_t i = run.start; i < run.start + run.length; ++i, ++k)
     {
-      continue;
+      if (devascularised[portalIds[k]] != 0)
+      {
+        labels[i] = ResectedLabel;
+      }
+      else if (!congested.empty() && congested[hepaticIds[k]] != 0)
+      {
+        labels[i] = AtRiskLabel;
+      }
+      else
+      {
+        labels[i] = RemnantLabel;
+      }
     }
-    if (devascularised[portalIds[k]] != 0)
-    {
-      labels[i] = ResectedLabel;
-    }
-    else if (!congested.empty() && congested[hepaticIds[k]] != 0)
-    {
-      labels[i] = AtRiskLabel;
-    }
-    else
-    {
-      labels[i] = RemnantLabel;
-    }
-    ++k;
   }
-  for (std::size_t z = 0, k = 0; z < m_BoxSize[2]; ++z)
+  for (std::size_t z = 0, b = 0; z < m_BoxSize[2]; ++z)
   {
     for (std::size_t y = 0; y < m_BoxSize[1]; ++y)
     {
       const std::size_t row = m_BoxStart[0] + n[0] * ((y + m_BoxStart[1]) + n[1] * (z + m_BoxStart[2]));
-      for (std::size_t x = 0; x < m_BoxSize[0]; ++x, ++k)
+      for (std::size_t x = 0; x < m_BoxSize[0]; ++x, ++b)
       {
-        if (organVoxels[row + x] != 0 && m_SquaredDistances[k] <= limit)
+        if (organVoxels[row + x] != 0 && m_SquaredDistances[b] <= limit)
         {
           labels[row + x] = ResectedLabel;
         }
