@@ -53,7 +53,7 @@ public:
     return m_Labels;
   }
 
-  /** Iterations of the windowed sinc smoothing; 0 keeps the voxel staircase; default 20; 0 to 1000. */
+  /** Iterations of the windowed sinc smoothing; 0 keeps the voxel staircase; default 15; 0 to 1000. */
   itkSetClampMacro(SmoothingIterations, unsigned int, 0, 1000);
   itkGetConstMacro(SmoothingIterations, unsigned int);
   /** Pass band of the windowed sinc filter (smaller smooths more), default 0.05, in (0, 2). */
@@ -100,7 +100,7 @@ protected:
 private:
   LabelVector m_Labels;
   LabelVector m_OutputLabels;
-  unsigned int m_SmoothingIterations{ 20 };
+  unsigned int m_SmoothingIterations{ 15 };
   double m_PassBand{ 0.05 };
   bool m_ComputeNormals{ true };
 };
