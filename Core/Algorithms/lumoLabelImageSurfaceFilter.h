@@ -21,6 +21,8 @@ namespace lumo
  *  touching the image's border still gives a closed surface), contoured halfway between label and background voxel
  *  centres with VTK's discrete flying edges, smoothed with a windowed sinc filter (which keeps the enclosed volume
  *  where a Laplacian filter would shrink it) and, on request, given point normals pointing out of the label.
+ *  The labels are independent tasks of VTK's thread pool (vtkSMPTools), as is the scan for the labels' boxes; the
+ *  surfaces do not depend on the number of threads.
  *
  *  Errors (itk::ExceptionObject from Update): "LabelImageSurfaceFilter: no label image" for a missing or
  *  uninitialised input, "LabelImageSurfaceFilter: the label image has pixel type <type>; an integer type is needed"
