@@ -28,8 +28,10 @@
 #include "lumoUIDGenerator.h"
 #include "lumoVector3DProperty.h"
 #include "lumoVesselTreeData.h"
+#include "lumoVesselTreeFileIOFactory.h"
 #include "lumoVesselTreeFileWriter.h"
 #include "lumoVesselTreeLookupTableProperty.h"
+#include "lumoVesselTreeLookupTablePropertySerializerFactory.h"
 #include "lumoVtkScalarModeProperty.h"
 
 #include <tinyxml2.h>
@@ -136,7 +138,12 @@ FilesOfOtherScenes(const std::string & directory, const std::string & sceneFile)
 }
 } // namespace
 
-CalyxSceneIO::CalyxSceneIO() = default;
+CalyxSceneIO::CalyxSceneIO()
+{
+  // Scenes hold .ves files and vessel colour tables whatever the application registered: make sure both are known.
+  VesselTreeFileIOFactory::RegisterOneFactory();
+  VesselTreeLookupTablePropertySerializerFactory::RegisterOneFactory();
+}
 
 CalyxSceneIO::~CalyxSceneIO() = default;
 
