@@ -6,6 +6,7 @@
 #include "lumoBasePropertySerializer.h"
 #include "lumoBoolProperty.h"
 #include "lumoColorProperty.h"
+#include "lumoColorPropertySerializer.h"
 #include "lumoDoubleProperty.h"
 #include "lumoFloatProperty.h"
 #include "lumoGroupTagProperty.h"
@@ -20,6 +21,7 @@
 #include "lumoNodePredicateProperty.h"
 #include "lumoPointSet.h"
 #include "lumoPointSetWriter.h"
+#include "lumoResectionProposalDescriptorPropertySerializer.h"
 #include "lumoProgressBar.h"
 #include "lumoRenderingManager.h"
 #include "lumoStringProperty.h"
@@ -123,7 +125,8 @@ FilesOfOtherScenes(const std::string & directory, const std::string & sceneFile)
       continue;
     }
     std::error_code ignored;
-    if (fs::weakly_canonical(path, ignored) == self || fs::file_size(path, ignored) > CalyxSceneIO::MaximumSceneFileSize)
+    if (fs::weakly_canonical(path, ignored) == self ||
+        fs::file_size(path, ignored) > CalyxSceneIO::MaximumSceneFileSize)
     {
       continue;
     }
@@ -256,7 +259,8 @@ CalyxSceneIO::SaveScene(DataStorage * storage, const NodePredicateBase * predica
     if (replacing && m_DataFileFailed)
     {
       // Saving over a scene: a half-written scene would replace a whole one.
-      LUMO_SCENE_REPORT("Scene " + filename + " not saved: a data file could not be written; the previous scene is kept.");
+      LUMO_SCENE_REPORT("Scene " + filename +
+                        " not saved: a data file could not be written; the previous scene is kept.");
       discardStagedFiles();
       ProgressBar::GetInstance()->Progress(static_cast<unsigned int>(subset->Size()));
       return false;
@@ -381,7 +385,8 @@ CalyxSceneIO::SaveScene(DataStorage * storage, const NodePredicateBase * predica
     for (const std::string & file : previousFiles)
     {
       const fs::path path = fs::path(directory) / file;
-      if (current.count(file) == 0 && elsewhere.count(file) == 0 && fs::is_regular_file(fs::symlink_status(path, error)))
+      if (current.count(file) == 0 && elsewhere.count(file) == 0 &&
+          fs::is_regular_file(fs::symlink_status(path, error)))
       {
         fs::remove(path, error);
       }
@@ -669,9 +674,7 @@ CalyxSceneIO::SerializeColorProperty(tinyxml2::XMLDocument & document, const Col
   {
     return nullptr;
   }
-  tinyxml2::XMLElement * element = document.NewElement("ColorProperty");
-  SetRGB(element, property->GetValue());
-  return element;
+  return ColorPropertySerializer::ColorToXML(*property, document);
 }
 
 tinyxml2::XMLElement *
@@ -797,6 +800,14 @@ CalyxSceneIO::SerializeGroupTagProperty(tinyxml2::XMLDocument & document, const 
 }
 
 tinyxml2::XMLElement *
+CalyxSceneIO::SerializeResectionProposalDescriptorProperty(tinyxml2::XMLDocument & document,
+                                                           const ResectionProposalDescriptorProperty * property)
+{
+  return property == nullptr ? nullptr
+                             : ResectionProposalDescriptorPropertySerializer::PropertyToXML(*property, document);
+}
+
+tinyxml2::XMLElement *
 CalyxSceneIO::SerializeProperty(tinyxml2::XMLDocument & document, const BaseProperty * property)
 {
   if (auto * p = dynamic_cast<const BoolProperty *>(property))
@@ -850,6 +861,10 @@ CalyxSceneIO::SerializeProperty(tinyxml2::XMLDocument & document, const BaseProp
   if (auto * p = dynamic_cast<const GroupTagProperty *>(property))
   {
     return SerializeGroupTagProperty(document, p);
+  }
+  if (auto * p = dynamic_cast<const ResectionProposalDescriptorProperty *>(property))
+  {
+    return SerializeResectionProposalDescriptorProperty(document, p);
   }
   return nullptr;
 }

@@ -35,6 +35,7 @@ class LookupTableProperty;
 class VesselTreeLookupTableProperty;
 class VtkScalarModeProperty;
 class GroupTagProperty;
+class ResectionProposalDescriptorProperty;
 class Image;
 class Surface;
 class PointSet;
@@ -146,6 +147,10 @@ public:
   SerializeVtkScalarModeProperty(tinyxml2::XMLDocument & document, const VtkScalarModeProperty * property);
   static tinyxml2::XMLElement *
   SerializeGroupTagProperty(tinyxml2::XMLDocument & document, const GroupTagProperty * property);
+  /** The descriptor of a resection proposal's labels (ResectionProposalDescriptorPropertySerializer's element). */
+  static tinyxml2::XMLElement *
+  SerializeResectionProposalDescriptorProperty(tinyxml2::XMLDocument & document,
+                                               const ResectionProposalDescriptorProperty * property);
   /** Any property of a class above, tested in the order of the scene format; null for the others. */
   static tinyxml2::XMLElement *
   SerializeProperty(tinyxml2::XMLDocument & document, const BaseProperty * property);

@@ -6,6 +6,7 @@
 #include "lumoBasePropertySerializer.h"
 #include "lumoBoolProperty.h"
 #include "lumoColorProperty.h"
+#include "lumoColorPropertySerializer.h"
 #include "lumoDoubleProperty.h"
 #include "lumoFloatProperty.h"
 #include "lumoGroupTagProperty.h"
@@ -14,6 +15,7 @@
 #include "lumoLookupTableProperty.h"
 #include "lumoMaterial.h"
 #include "lumoProgressBar.h"
+#include "lumoResectionProposalDescriptorPropertySerializer.h"
 #include "lumoStringProperty.h"
 #include "lumoVector3DProperty.h"
 
@@ -201,9 +203,8 @@ DecodeProperty(const tinyxml2::XMLElement * element)
   if (type == "IntProperty")
   {
     int value = 0;
-    return element->QueryIntAttribute("value", &value) != tinyxml2::XML_SUCCESS
-             ? nullptr
-             : IntProperty::New(value).GetPointer();
+    return element->QueryIntAttribute("value", &value) != tinyxml2::XML_SUCCESS ? nullptr
+                                                                                : IntProperty::New(value).GetPointer();
   }
   if (type == "FloatProperty")
   {
@@ -236,8 +237,7 @@ DecodeProperty(const tinyxml2::XMLElement * element)
   }
   if (type == "ColorProperty")
   {
-    Color color;
-    return ReadRGB(element, color) ? ColorProperty::New(color).GetPointer() : nullptr;
+    return ColorPropertySerializer::ColorFromXML(element).GetPointer();
   }
   if (type == "LevelWindowProperty")
   {
@@ -254,6 +254,10 @@ DecodeProperty(const tinyxml2::XMLElement * element)
   if (type == "GroupTagProperty")
   {
     return GroupTagProperty::New().GetPointer();
+  }
+  if (type == "ResectionProposalDescriptorProperty")
+  {
+    return ResectionProposalDescriptorPropertySerializer::PropertyFromXML(element).GetPointer();
   }
   return nullptr;
 }

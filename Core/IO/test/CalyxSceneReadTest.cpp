@@ -14,6 +14,7 @@
 #include "lumoLookupTableProperty.h"
 #include "lumoMaterial.h"
 #include "lumoRenderingManager.h"
+#include "lumoResectionProposalDescriptorProperty.h"
 #include "lumoStringProperty.h"
 #include "lumoVector3DProperty.h"
 #include "lumoVesselTreeFileWriter.h"
@@ -155,6 +156,23 @@ TEST(CalyxSceneRoundTrip, EveryPropertyTypeAndDataTypeComesBackEqual)
   colours->SetColorForActive(active);
   node->SetProperty("VesselTreeLookupTable", VesselTreeLookupTableProperty::New(colours));
   node->SetProperty("group", GroupTagProperty::New());
+  ResectionProposalDescriptorProperty::Pointer descriptor = ResectionProposalDescriptorProperty::New();
+  descriptor->SetResectionProposalName("Right hemihepatectomy");
+  ResectionProposalDescriptorProperty::LabelDescriptor label;
+  label.Label = 2;
+  label.Name = "Remnant";
+  label.ResectionType = ResectionProposalDescriptorProperty::NotToBeResected;
+  label.Volume = 1234.5f;
+  label.SurfaceOutputIndex = 0;
+  label.Color = MakeColor(0.8f, 0.7f, 0.6f);
+  descriptor->AddLabelDescriptor(label);
+  label.Label = 5;
+  label.Name = "Resected";
+  label.ResectionType = ResectionProposalDescriptorProperty::ToBeResected;
+  label.Volume = 0.1f;
+  label.SurfaceOutputIndex = 1;
+  descriptor->AddLabelDescriptor(label);
+  node->SetProperty("ResectionProposalDescriptor", descriptor);
   // Renderer-specific values.
   node->SetBoolProperty("visible", false, "scene-test-3d");
   node->SetFloatProperty("opacity", 0.3f, "scene-test-3d");
@@ -179,8 +197,8 @@ TEST(CalyxSceneRoundTrip, EveryPropertyTypeAndDataTypeComesBackEqual)
   {
     BaseProperty * read = back->GetPropertyList()->GetProperty(key);
     ASSERT_NE(read, nullptr) << key;
-    EXPECT_TRUE(read->IsEqual(*property)) << key << ": " << read->GetValueAsString() << " vs "
-                                          << property->GetValueAsString();
+    EXPECT_TRUE(read->IsEqual(*property))
+      << key << ": " << read->GetValueAsString() << " vs " << property->GetValueAsString();
   }
   // Plus the folder the data was read from, which the node factory notes.
   EXPECT_EQ(back->GetPropertyList()->GetSize(), node->GetPropertyList()->GetSize() + 1);
@@ -201,6 +219,12 @@ TEST(CalyxSceneRoundTrip, EveryPropertyTypeAndDataTypeComesBackEqual)
   double read[4];
   backTable->GetLookupTable()->GetTableValue(3, read);
   EXPECT_EQ(read[3], 0.4);
+  auto * backDescriptor =
+    dynamic_cast<ResectionProposalDescriptorProperty *>(back->GetProperty("ResectionProposalDescriptor"));
+  ASSERT_NE(backDescriptor, nullptr);
+  EXPECT_EQ(backDescriptor->GetNumberOfLabels(), 2u);
+  EXPECT_EQ(backDescriptor->GetLabelName(5), "Resected");
+  EXPECT_EQ(backDescriptor->GetVolume(5), 0.1f);
   auto * backColours = dynamic_cast<VesselTreeLookupTableProperty *>(back->GetProperty("VesselTreeLookupTable"));
   ASSERT_NE(backColours, nullptr);
   EXPECT_EQ(backColours->GetVesselTreeLookupTable()->GetColorForActive(), active);
@@ -298,20 +322,18 @@ TEST(CalyxSceneRead, VersionRules)
   DataStorage::Pointer noFileVersion = DataStorage::New();
   output = LoadText(folder.Path(), "<Version Writer=\"x\"/>\n" + object, noFileVersion, &result);
   EXPECT_TRUE(result);
-  EXPECT_TRUE(HasLine(output,
-                      IO,
-                      "Scene file " + path + " does not contain version information! Trying version 1 format."))
+  EXPECT_TRUE(
+    HasLine(output, IO, "Scene file " + path + " does not contain version information! Trying version 1 format."))
     << output;
   EXPECT_EQ(noFileVersion->GetNumberOfNodes(), 1u);
 
   for (const char * version : { "2", "0", "17" })
   {
     DataStorage::Pointer storage = DataStorage::New();
-    output = LoadText(folder.Path(), std::string("<Version FileVersion=\"") + version + "\"/>\n" + object, storage,
-                      &result);
+    output =
+      LoadText(folder.Path(), std::string("<Version FileVersion=\"") + version + "\"/>\n" + object, storage, &result);
     EXPECT_FALSE(result);
-    EXPECT_TRUE(HasLine(output, IO, std::string(": Version of scene file (") + version + ") not supported."))
-      << output;
+    EXPECT_TRUE(HasLine(output, IO, std::string(": Version of scene file (") + version + ") not supported.")) << output;
     EXPECT_EQ(storage->GetNumberOfNodes(), 0u);
   }
 
@@ -372,9 +394,8 @@ TEST(CalyxSceneRead, MissingSourcesAndCyclesLeaveNodesUnplaced)
   bool result = true;
   const std::string output = LoadText(folder.Path(), xml, storage, &result);
   EXPECT_FALSE(result);
-  EXPECT_TRUE(HasLine(output,
-                      V1,
-                      "ERROR: TODO list of CalyxSceneReaderV1 not empty after loading. Unable to load 3 objects."))
+  EXPECT_TRUE(
+    HasLine(output, V1, "ERROR: TODO list of CalyxSceneReaderV1 not empty after loading. Unable to load 3 objects."))
     << output;
   EXPECT_TRUE(HasLine(output, V1, "Node orphan (B) could not be added to the DataStorage")) << output;
   EXPECT_TRUE(HasLine(output, V1, "Node  (C) could not be added to the DataStorage")) << output;
@@ -398,9 +419,8 @@ TEST(CalyxSceneRead, BrokenDataFileLeavesAnEmptyNode)
   const std::string output = LoadText(folder.Path(), xml, storage, &result);
   EXPECT_TRUE(result);
   const std::string broken = folder.Path().string() + "/broken.ves";
-  EXPECT_TRUE(std::regex_search(output,
-                                std::regex(V1 + " l\\. [0-9]+: Error during attempt to read '" + broken +
-                                           "'\\. Exception says: .+")))
+  EXPECT_TRUE(std::regex_search(
+    output, std::regex(V1 + " l\\. [0-9]+: Error during attempt to read '" + broken + "'\\. Exception says: .+")))
     << output;
   EXPECT_NE(output.find("Error during attempt to read '" + folder.Path().string() + "/missing.vtp'. Exception says: "),
             std::string::npos)

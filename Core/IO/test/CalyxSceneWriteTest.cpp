@@ -46,7 +46,8 @@ HasMessage(const std::string & output, const std::string & message, const char *
     escaped += c;
   }
   const std::string separator = !message.empty() && message[0] == ':' ? "" : ": ";
-  return std::regex_search(output, std::regex(std::string("(^|\n)") + file + " l\\. [0-9]+" + separator + escaped + "\n"));
+  return std::regex_search(output,
+                           std::regex(std::string("(^|\n)") + file + " l\\. [0-9]+" + separator + escaped + "\n"));
 }
 
 } // namespace
@@ -169,8 +170,8 @@ TEST(CalyxSceneWrite, DocumentHoldsVersionObjectsSourcesAndPropertyLists)
   EXPECT_EQ(children, 1);
 
   EXPECT_EQ(Entries(folder.Path()),
-            (std::set<std::string>{ "plan.rs", "portal.ves", "liver.vtp", objects[2]->Attribute("file"),
-                                    objects[4]->Attribute("file") }));
+            (std::set<std::string>{
+              "plan.rs", "portal.ves", "liver.vtp", objects[2]->Attribute("file"), objects[4]->Attribute("file") }));
 }
 
 TEST(CalyxSceneWrite, ListOfUnsupportedPropertiesIsAnEmptyElement)
