@@ -54,6 +54,14 @@ namespace lumo
 {
 namespace
 {
+/** An exception's own text: for ITK's exceptions the description, without the location ITK puts before it. */
+std::string
+ExceptionText(const std::exception & e)
+{
+  const auto * itkException = dynamic_cast<const itk::ExceptionObject *>(&e);
+  return itkException != nullptr ? itkException->GetDescription() : e.what();
+}
+
 std::string
 ToLower(std::string text)
 {
@@ -486,7 +494,7 @@ CalyxSceneIO::SaveDataFile(BaseData * data,
   }
   catch (const std::exception & e)
   {
-    LUMO_SCENE_REPORT("Error during attempt to write '" + name + exceptionTail + " " + e.what());
+    LUMO_SCENE_REPORT("Error during attempt to write '" + name + exceptionTail + " " + ExceptionText(e));
     std::error_code ignored;
     fs::remove(path, ignored);
     m_DataFileFailed = true;

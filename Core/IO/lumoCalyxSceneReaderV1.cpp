@@ -36,6 +36,14 @@ namespace lumo
 {
 namespace
 {
+/** An exception's own text: for ITK's exceptions the description, without the location ITK puts before it. */
+std::string
+ExceptionText(const std::exception & e)
+{
+  const auto * itkException = dynamic_cast<const itk::ExceptionObject *>(&e);
+  return itkException != nullptr ? itkException->GetDescription() : e.what();
+}
+
 bool
 ReadRGB(const tinyxml2::XMLElement * element, Color & color)
 {
@@ -427,7 +435,7 @@ CalyxSceneReaderV1::LoadSceneObject(const tinyxml2::XMLElement * element, const 
       catch (const std::exception & e)
       {
         node = nullptr;
-        LUMO_SCENE_REPORT("Error during attempt to read '" + path + "'. Exception says: " + e.what());
+        LUMO_SCENE_REPORT("Error during attempt to read '" + path + "'. Exception says: " + ExceptionText(e));
       }
     }
   }
