@@ -1092,6 +1092,16 @@ CalyxSceneIO::LoadSceneDocument(const std::string & path, tinyxml2::XMLDocument 
 bool
 CalyxSceneIO::LoadScene(DataStorage * storage, const std::string & directory, const std::string & filename)
 {
+  CalyxSceneReaderV1::Pointer reader = CalyxSceneReaderV1::New();
+  return this->LoadScene(storage, directory, filename, reader);
+}
+
+bool
+CalyxSceneIO::LoadScene(DataStorage * storage,
+                        const std::string & directory,
+                        const std::string & filename,
+                        CalyxSceneReaderV1 * reader)
+{
   if (filename.empty())
   {
     LUMO_SCENE_REPORT(": No filename given. Not possible to load scene.");
@@ -1118,7 +1128,10 @@ CalyxSceneIO::LoadScene(DataStorage * storage, const std::string & directory, co
     LUMO_SCENE_REPORT(": Version of scene file (" + std::to_string(version) + ") not supported.");
     return false;
   }
-  CalyxSceneReaderV1::Pointer reader = CalyxSceneReaderV1::New();
+  if (reader == nullptr)
+  {
+    return false;
+  }
   return reader->LoadScene(document, workingDirectory, storage);
 }
 

@@ -40,6 +40,7 @@ class Image;
 class Surface;
 class PointSet;
 class VesselTreeData;
+class CalyxSceneReaderV1;
 
 /** Saves the nodes of a data storage as one XML scene file (".rs") with one data file per node beside it, and
  *  loads such a scene back (see docs/scenes.md for the format).
@@ -115,6 +116,12 @@ public:
    *  version was accepted and every node could be placed. */
   bool
   LoadScene(DataStorage * storage, const std::string & directory, const std::string & filename);
+  /** The same with a given reader, so that callers can see every node it read (GetLoadedNodes), placed or not. */
+  bool
+  LoadScene(DataStorage * storage,
+            const std::string & directory,
+            const std::string & filename,
+            CalyxSceneReaderV1 * reader);
 
   /** One element per property class; null for a null property or a value that has no element (a material with an
    *  interpolation or representation outside 0..2). The element carries no "name" yet. */

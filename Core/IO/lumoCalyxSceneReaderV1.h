@@ -62,6 +62,13 @@ public:
   static std::string
   WhyDataFileIsRefused(const std::string & file, const std::string & workingDirectory);
 
+  /** Every node read by LoadScene, one per "SceneObject" element, in document order (placed or not). */
+  const std::vector<DataNode::Pointer> &
+  GetLoadedNodes() const
+  {
+    return m_LoadedNodes;
+  }
+
   /** The scene id under which a node was read; "" for a node of another scene. */
   std::string
   GetSceneId(const DataNode * node) const;
