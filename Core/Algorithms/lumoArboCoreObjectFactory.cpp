@@ -7,6 +7,7 @@
 #include "lumoCoreObjectFactory.h"
 #include "lumoLogger.h"
 #include "lumoVesselTreeData.h"
+#include "lumoVesselTreeDataSerializerFactory.h"
 #include "lumoVesselTreeFileIOFactory.h"
 #include "lumoVesselTreeFileWriter.h"
 #include "lumoVesselTreeLookupTable.h"
@@ -38,6 +39,7 @@ ArboCoreObjectFactory::ArboCoreObjectFactory()
     CalyxSceneIOReaderFactory::RegisterOneFactory();
     VesselTreeFileIOFactory::RegisterOneFactory();
     VesselTreeLookupTablePropertySerializerFactory::RegisterOneFactory();
+    VesselTreeDataSerializerFactory::RegisterOneFactory();
     this->FillExtensionMaps();
   });
 }

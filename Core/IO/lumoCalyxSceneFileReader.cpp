@@ -113,8 +113,8 @@ CalyxSceneFileReader::GenerateData()
   std::string file;
   if (!itksys::SystemTools::SplitProgramPath(m_FileName, directory, file, true))
   {
-    std::cerr << "Problem with itksys::SystemTools::SplitProgramPath() in Core/IO/lumoCalyxSceneFileReader.cpp l. "
-              << __LINE__ << std::endl;
+    std::cerr << "Problem with itksys::SystemTools::SplitProgramPath() in " << __FILE__ << " l. " << __LINE__
+              << std::endl;
   }
   sceneIO->LoadScene(m_DataStorage, directory, file);
   this->SetNumberOfIndexedOutputs(0);

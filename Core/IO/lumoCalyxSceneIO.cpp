@@ -45,8 +45,8 @@
 #include <iostream>
 #include <map>
 
-// Messages name this file relative to the repository, whatever the build directory.
-#define LUMO_SCENE_REPORT(message) Report("Core/IO/lumoCalyxSceneIO.cpp", __LINE__, message)
+// Messages name this file relative to the repository (the build maps source paths so).
+#define LUMO_SCENE_REPORT(message) Report(__FILE__, __LINE__, message)
 
 namespace fs = std::filesystem;
 
@@ -171,7 +171,7 @@ CalyxSceneIO::AppendDeclarationAndVersion(tinyxml2::XMLDocument & document)
   // tinyxml2 writes the declaration's text as given: version only, as an empty encoding and standalone leave out.
   document.InsertEndChild(document.NewDeclaration("xml version=\"1.0\""));
   tinyxml2::XMLElement * version = document.NewElement("Version");
-  version->SetAttribute("Writer", "Core/IO/lumoCalyxSceneIO.cpp");
+  version->SetAttribute("Writer", __FILE__);
   version->SetAttribute("CVSRevision", "$Revision$");
   version->SetAttribute("FileVersion", 1);
   document.InsertEndChild(version);

@@ -28,7 +28,8 @@
 #include <iterator>
 #include <set>
 
-#define LUMO_SCENE_REPORT(message) CalyxSceneIO::Report("Core/IO/lumoCalyxSceneReaderV1.cpp", __LINE__, message)
+// Messages name this file relative to the repository (the build maps source paths so).
+#define LUMO_SCENE_REPORT(message) CalyxSceneIO::Report(__FILE__, __LINE__, message)
 
 namespace fs = std::filesystem;
 

@@ -2,6 +2,7 @@
 #include "SceneTestData.h"
 
 #include "lumoArboCoreObjectFactory.h"
+#include "lumoBaseDataSerializer.h"
 #include "lumoBasePropertySerializer.h"
 #include "lumoCalyxSceneFileReader.h"
 #include "lumoDataNodeFactory.h"
@@ -37,7 +38,12 @@ TEST(CalyxSceneModule, RegistrationMakesScenesAndColourTablesKnown)
 {
   EXPECT_FALSE(DataNodeFactory::CanReadFile("plan.rs"));
   EXPECT_TRUE(BasePropertySerializer::CreateForProperty("VesselTreeLookupTableProperty").IsNull());
+  VesselTreeData::Pointer tree = MakeTree();
+  EXPECT_TRUE(BaseDataSerializer::CreateForData(tree).IsNull());
   RegisterArboCoreObjectFactory();
+  BaseDataSerializer::Pointer serializer = BaseDataSerializer::CreateForData(tree);
+  ASSERT_TRUE(serializer.IsNotNull());
+  EXPECT_STREQ(serializer->GetNameOfClass(), "VesselTreeDataSerializer");
   EXPECT_TRUE(DataNodeFactory::CanReadFile("plan.rs"));
   EXPECT_TRUE(DataNodeFactory::CanReadFile("plan.RS"));
   EXPECT_FALSE(DataNodeFactory::CanReadFile("plan.Rs"));
