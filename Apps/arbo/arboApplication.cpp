@@ -56,6 +56,7 @@ runApplication(int argc, const char * const * argv, std::ostream & out, std::ost
   addExtractCommand(app, context);
   addRenderCommand(app, context);
   addViewCommand(app, context);
+  addSceneCommand(app, context);
 
   try
   {
