@@ -142,14 +142,14 @@ supply(const SupplyOptions & options, Context & context)
   {
     throw Error(options.organ, "holds a " + kindOf(organData) + ", not an organ segmentation image");
   }
-  lumo::VesselTreeData::Pointer tree = readVesselTree(options.tree);
+  lumo::VesselTreeData::Pointer tree = readVesselTree(options.tree, context.quiet ? nullptr : &context.err);
   if (!options.with.empty())
   {
     // Several vascular systems at once: one tree holding them all.
     std::vector<ArVesselTree> trees{ tree->GetVesselTreeData(0) };
     for (const std::string & file : options.with)
     {
-      trees.push_back(readVesselTree(file)->GetVesselTreeData(0));
+      trees.push_back(readVesselTree(file, context.quiet ? nullptr : &context.err)->GetVesselTreeData(0));
     }
     tree = lumo::VesselTreeData::New();
     tree->initialize(joinVesselTrees(trees));
