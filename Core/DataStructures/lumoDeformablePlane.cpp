@@ -697,7 +697,9 @@ DeformablePlane::ComputeColumnCrossings(const SlicedGeometry3D * grid) const
       {
         return false;
       }
-      if (std::abs(step) < 1e-7)
+      // Newton converges quadratically: after a step this short the error is far below the 1e-6 voxels that
+      // setFromEdges relies on.
+      if (std::abs(step) < 1e-5)
       {
         return true;
       }
@@ -818,31 +820,80 @@ CheckMask(const Image * grid, const Image * mask)
   }
 }
 
-/** Calls f(row, t, begin, end, x0) for each row of voxels along x: row is the offset of the row's first voxel,
- *  and for each x the voxel's column index t and its column's crossing are begin[x], end[x] (or, when the columns
- *  run along x, t = x and the single crossing). */
+/** Calls f(row, t, begin, end) for each row of voxels along x, in an order that suits the cache; row is the offset
+ *  of the row's first voxel. Either t >= 0: voxel x of the row has the index t in its column, whose crossing is
+ *  begin[x], end[x]; or t = -1: the row is classified by ranges, x < *begin low side, x >= *end high side, the rest
+ *  on the surface. The second form serves rows that are one column (columns along x) and rows that lie wholly on
+ *  one side (all of their columns cross the surface above or below them), which are most rows of a smooth cut. */
 template <typename RowFunction>
 void
 ForEachRow(const DeformablePlane::ColumnCrossings & crossings, const Image::SizeType & size, RowFunction && f)
 {
   const std::size_t nx = size[0], ny = size[1], nz = size[2];
+  const std::int32_t * begin = crossings.Begin.data();
+  const std::int32_t * end = crossings.End.data();
+  if (crossings.Axis == 0)
+  {
+    for (std::size_t z = 0; z < nz; ++z)
+    {
+      for (std::size_t y = 0; y < ny; ++y)
+      {
+        f((z * ny + y) * nx, -1, begin + z * ny + y, end + z * ny + y);
+      }
+    }
+    return;
+  }
+  // Per line of columns (along x), the first crossing and the last end: rows before the one are all on the low
+  // side, rows from the other all on the high side.
+  const std::size_t lines = crossings.Axis == 2 ? ny : nz;
+  std::vector<std::int32_t> lowest(lines), highest(lines);
+  for (std::size_t line = 0; line < lines; ++line)
+  {
+    const std::int32_t * b = begin + line * nx;
+    const std::int32_t * e = end + line * nx;
+    lowest[line] = *std::min_element(b, b + nx);
+    highest[line] = *std::max_element(e, e + nx);
+  }
+  const auto all = static_cast<std::int32_t>(nx);
+  const std::int32_t none = 0;
+  auto row = [&](std::size_t offset, std::size_t line, std::size_t t) {
+    const auto index = static_cast<std::int32_t>(t);
+    if (index < lowest[line])
+    {
+      f(offset, -1, &all, &all);
+    }
+    else if (index >= highest[line])
+    {
+      f(offset, -1, &none, &none);
+    }
+    else
+    {
+      f(offset, index, begin + line * nx, end + line * nx);
+    }
+  };
+  if (crossings.Axis == 2)
+  {
+    // Columns across the slices: a few rows at a time through all slices, so that their crossings stay in the
+    // cache instead of being read from memory once per slice.
+    constexpr std::size_t block = 8;
+    for (std::size_t y0 = 0; y0 < ny; y0 += block)
+    {
+      const std::size_t y1 = std::min(ny, y0 + block);
+      for (std::size_t z = 0; z < nz; ++z)
+      {
+        for (std::size_t y = y0; y < y1; ++y)
+        {
+          row((z * ny + y) * nx, y, z);
+        }
+      }
+    }
+    return;
+  }
   for (std::size_t z = 0; z < nz; ++z)
   {
     for (std::size_t y = 0; y < ny; ++y)
     {
-      const std::size_t row = (z * ny + y) * nx;
-      switch (crossings.Axis)
-      {
-        case 0:
-          f(row, -1, crossings.Begin.data() + z * ny + y, crossings.End.data() + z * ny + y);
-          break;
-        case 1:
-          f(row, static_cast<std::int32_t>(y), crossings.Begin.data() + z * nx, crossings.End.data() + z * nx);
-          break;
-        default:
-          f(row, static_cast<std::int32_t>(z), crossings.Begin.data() + y * nx, crossings.End.data() + y * nx);
-          break;
-      }
+      row((z * ny + y) * nx, z, y);
     }
   }
 }
@@ -868,13 +919,29 @@ DeformablePlane::ComputeSideImage(const Image * grid, const Image * mask) const
   ForEachRow(crossings,
              grid->GetSize(),
              [&](std::size_t row, std::int32_t t, const std::int32_t * begin, const std::int32_t * end) {
-               for (std::size_t x = 0; x < nx; ++x)
+               unsigned char * labels = out + row;
+               const unsigned char * voxels = in != nullptr ? in + row : nullptr;
+               if (t < 0)
                {
-                 const std::int32_t k = t < 0 ? static_cast<std::int32_t>(x) : t;
-                 const std::int32_t b = t < 0 ? *begin : begin[x];
-                 const std::int32_t e = t < 0 ? *end : end[x];
-                 const unsigned char label = k < b ? low : (k >= e ? high : OnSurfaceLabel);
-                 out[row + x] = (in == nullptr || in[row + x] != 0) ? label : OutsideLabel;
+                 const auto b = static_cast<std::size_t>(*begin);
+                 const auto e = static_cast<std::size_t>(*end);
+                 std::fill(labels, labels + b, low);
+                 std::fill(labels + b, labels + e, OnSurfaceLabel);
+                 std::fill(labels + e, labels + nx, high);
+               }
+               else
+               {
+                 for (std::size_t x = 0; x < nx; ++x)
+                 {
+                   labels[x] = t < begin[x] ? low : (t >= end[x] ? high : OnSurfaceLabel);
+                 }
+               }
+               if (voxels != nullptr)
+               {
+                 for (std::size_t x = 0; x < nx; ++x)
+                 {
+                   labels[x] = voxels[x] != 0 ? labels[x] : OutsideLabel;
+                 }
                }
              });
   return sides;
@@ -898,7 +965,7 @@ DeformablePlane::CountSides(const Image * mask) const
                const unsigned char * voxels = in + row;
                if (t < 0)
                {
-                 // The row is one column: three ranges.
+                 // Three ranges.
                  const auto b = static_cast<std::size_t>(*begin);
                  const auto e = static_cast<std::size_t>(*end);
                  std::uint64_t rowLow = 0, rowMiddle = 0, rowHigh = 0;
@@ -919,7 +986,7 @@ DeformablePlane::CountSides(const Image * mask) const
                  highCount += rowHigh;
                  return;
                }
-               // Branch-free, so that the compiler vectorises it.
+               // Branch-free: the voxel's index in its column against its column's crossing.
                std::uint32_t rowTotal = 0, rowLow = 0, rowHigh = 0;
                for (std::size_t x = 0; x < nx; ++x)
                {
