@@ -229,6 +229,17 @@ DeformablePlane::ApplyFit(const PointsContainer & points, Fit && fit)
 }
 
 void
+DeformablePlane::CheckControlPoints() const
+{
+  if (m_ControlPoints.size() < 3)
+  {
+    Refuse(__FILE__,
+           __LINE__,
+           "A deformable plane needs at least 3 control points, got " + std::to_string(m_ControlPoints.size()));
+  }
+}
+
+void
 DeformablePlane::Refit()
 {
   if (!m_ControlPoints.empty())
@@ -606,6 +617,7 @@ DeformablePlane::ComputeColumnCrossings(const SlicedGeometry3D * grid) const
   {
     Refuse(__FILE__, __LINE__, "DeformablePlane: no voxel grid given");
   }
+  this->CheckControlPoints();
   double matrix[16];
   grid->GetIndexToWorldMatrix(matrix);
   const SlicedGeometry3D::SizeType & size = grid->GetSize();
@@ -1011,6 +1023,7 @@ DeformablePlane::CountSides(const Image * mask) const
 Surface::Pointer
 DeformablePlane::CreateSurface(const Geometry3D::BoundsArrayType & worldBox, unsigned int resolution) const
 {
+  this->CheckControlPoints();
   resolution = std::max(1u, resolution);
   // The box's shadow on the plane: every surface point inside the box lies over it.
   double umin = std::numeric_limits<double>::max(), umax = -umin, vmin = umin, vmax = -umin;

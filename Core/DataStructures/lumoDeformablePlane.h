@@ -39,6 +39,9 @@ class SlicedGeometry3D;
  *    "A deformable plane needs at least 3 control points, got <n>"
  *    "The control points of a deformable plane lie on one line"
  *
+ *  Before control points are set, the point queries answer for the plane z = 0; the voxel-wide ones
+ *  (ComputeColumnCrossings, ComputeSideImage, CountSides, CreateSurface) refuse with the first message.
+ *
  *  Geometry: time step 0 only; identity transform, bounds of the control points. */
 class DeformablePlane : public BaseData
 {
@@ -244,6 +247,9 @@ private:
   ApplyFit(const PointsContainer & points, Fit && fit);
   void
   Refit();
+  /** Throws the refusal for fewer than 3 points (a plane without its points). */
+  void
+  CheckControlPoints() const;
   void
   UpdateBounds();
   void

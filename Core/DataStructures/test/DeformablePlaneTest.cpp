@@ -151,6 +151,11 @@ TEST(DeformablePlaneShape, CurvedSurfacePassesThroughEveryControlPoint)
     EXPECT_GT(largest, previous + 1e-3) << smoothing;
     previous = largest;
   }
+  // Setting the same value again leaves the plane unmodified.
+  const itk::ModifiedTimeType modified = plane->GetMTime();
+  plane->SetSmoothing(1000.0);
+  plane->SetTolerance(plane->GetTolerance());
+  EXPECT_EQ(modified, plane->GetMTime());
   plane->SetSmoothing(-5.0);
   EXPECT_EQ(0.0, plane->GetSmoothing());
   EXPECT_NEAR(0.0, plane->GetSignedHeight(CurvedPoints()[4]), 1e-9);
@@ -371,6 +376,10 @@ TEST(DeformablePlaneSides, BadGridsAndMasksAreRefused)
   EXPECT_EQ(wrongMask, MessageOf([&] { plane->CountSides(shorts); }));
   EXPECT_EQ("DeformablePlane: no voxel grid given", MessageOf([&] { plane->ComputeSideImage(nullptr); }));
   EXPECT_EQ("DeformablePlane: no mask given", MessageOf([&] { plane->CountSides(nullptr); }));
+  auto empty = lumo::DeformablePlane::New();
+  EXPECT_EQ("A deformable plane needs at least 3 control points, got 0", MessageOf([&] { empty->CountSides(grid); }));
+  EXPECT_EQ("A deformable plane needs at least 3 control points, got 0",
+            MessageOf([&] { empty->CreateSurface(grid->GetGeometry(0)->GetWorldBounds()); }));
 }
 
 TEST(DeformablePlaneFiles, ControlPointsRoundTripThroughMps)
