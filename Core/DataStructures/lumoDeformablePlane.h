@@ -188,7 +188,9 @@ public:
     std::vector<std::int32_t> Begin;
     std::vector<std::int32_t> End;
   };
-  /** Evaluates the spline a few times per column of the grid (see the .cpp for what it assumes of the surface). */
+  /** Evaluates the spline a few times per column of the grid, never per voxel. Assumes that the surface meets each
+   *  column at most once; a column where it does not is evaluated voxel by voxel and its voxels between the first
+   *  and the last change of side count as on the surface. Throws for a null grid or fewer than 3 points. */
   ColumnCrossings
   ComputeColumnCrossings(const SlicedGeometry3D * grid) const;
 
