@@ -9,6 +9,7 @@
 #include "lumoResectionPlanRPG.h"
 #include "lumoResectionProposalDescriptorPropertySerializer.h"
 #include "lumoSafetyMarginRPG.h"
+#include "lumoSurface.h"
 
 #include "ArVesselTree.h"
 
@@ -43,6 +44,7 @@ struct ResectOptions
   std::string margins;
   std::string output;
   std::string surfaces;
+  std::string surfaceFormat{ "vtp" };
   std::string treeOut;
   bool json{ false };
   double minFlr{ 25.0 };
@@ -67,6 +69,8 @@ struct Result
   lumo::Image::Pointer image;
   lumo::ResectionProposalDescriptorProperty::Pointer descriptor;
   lumo::VesselTreeData::Pointer plan;
+  /** Surface files and their surfaces, in label order. */
+  std::vector<std::pair<std::string, lumo::Surface::Pointer>> surfaces;
   std::size_t voxels[5]{ 0, 0, 0, 0, 0 };
   std::size_t tumourVoxels{ 0 };
   double flr{ 0.0 };
@@ -147,7 +151,8 @@ rethrowForFiles(const std::string & what, const ResectOptions & options)
   const std::string gridPrefix = "Tumour mask and organ segmentation differ in ";
   if (what.rfind(gridPrefix, 0) == 0)
   {
-    throw Error(options.tumour, "lies on another grid than the organ: they differ in " + what.substr(gridPrefix.size()));
+    throw Error(options.tumour,
+                "lies on another grid than the organ: they differ in " + what.substr(gridPrefix.size()));
   }
   if (what == "Tumour mask holds no tumour voxel")
   {
@@ -211,6 +216,7 @@ void
 writeResults(const std::vector<Result> & results)
 {
   std::vector<std::string> written;
+  std::string createdFolder;
   try
   {
     for (const Result & result : results)
@@ -224,6 +230,21 @@ writeResults(const std::vector<Result> & results)
         writeData(result.plan, result.tree);
         written.push_back(result.tree);
       }
+      for (const auto & [file, surface] : result.surfaces)
+      {
+        const std::filesystem::path folder = std::filesystem::path(file).parent_path();
+        std::error_code ec;
+        if (!std::filesystem::exists(folder, ec))
+        {
+          if (!std::filesystem::create_directories(folder, ec))
+          {
+            throw Error(folder.string(), "cannot be created (" + ec.message() + ")");
+          }
+          createdFolder = folder.string();
+        }
+        writeData(surface, file);
+        written.push_back(file);
+      }
     }
   }
   catch (...)
@@ -232,6 +253,10 @@ writeResults(const std::vector<Result> & results)
     for (const std::string & file : written)
     {
       std::filesystem::remove(file, ec);
+    }
+    if (!createdFolder.empty())
+    {
+      std::filesystem::remove(createdFolder, ec); // only when empty
     }
     throw;
   }
@@ -256,8 +281,8 @@ resect(const ResectOptions & options, Context & context)
   {
     throw CLI::ValidationError("--margin", "a margin belongs to --tumour, not to --plan");
   }
-  const std::vector<Margin> margins = options.plan ? std::vector<Margin>{}
-                                                   : parseMargins(options.margins.empty() ? "10" : options.margins);
+  const std::vector<Margin> margins =
+    options.plan ? std::vector<Margin>{} : parseMargins(options.margins.empty() ? "10" : options.margins);
   if (!lumo::CanWriteImageFile(options.output))
   {
     throw Error(options.output,
@@ -354,6 +379,25 @@ resect(const ResectOptions & options, Context & context)
     }
     result.tumourVoxels = generator->GetNumberOfTumourVoxels();
     result.flr = generator->GetFutureLiverRemnantPercent();
+    if (!options.surfaces.empty())
+    {
+      static const char * const words[5] = { "", "", "remnant", "resected", "at-risk" };
+      const std::string base = std::filesystem::path(stemOf(result.output)).filename().string();
+      for (unsigned int i = 0; i < generator->GetNumberOfResectionSurfaces(); ++i)
+      {
+        const int label = result.descriptor->GetLabelForSurfaceIndex(static_cast<int>(i));
+        if (label < 2 || label > 4)
+        {
+          continue;
+        }
+        auto surface = lumo::Surface::New();
+        surface->Graft(generator->GetResectionSurface(i));
+        const std::string file =
+          (std::filesystem::path(options.surfaces) / (base + "-" + words[label] + "." + options.surfaceFormat))
+            .string();
+        result.surfaces.emplace_back(file, surface);
+      }
+    }
     if (!result.tree.empty())
     {
       std::vector<ArVesselTree> trees{ portal->GetVesselTreeData(0) };
@@ -414,11 +458,11 @@ resect(const ResectOptions & options, Context & context)
       out << "Risk analysis of " << options.tumour << " with " << options.portal;
     }
     out << (options.hepatic.empty() ? "" : " and " + options.hepatic) << " in " << options.organ << "\n";
-    out << "organ: " << organVoxels << " voxels, " << fixed(static_cast<double>(organVoxels) * voxelMl, 2)
-        << " ml\n";
+    out << "organ: " << organVoxels << " voxels, " << fixed(static_cast<double>(organVoxels) * voxelMl, 2) << " ml\n";
     for (const Result & result : results)
     {
-      out << "\n" << (result.hasMargin ? "margin " + result.margin.text + " mm" : std::string("plan")) << " -> "
+      out << "\n"
+          << (result.hasMargin ? "margin " + result.margin.text + " mm" : std::string("plan")) << " -> "
           << result.output << "\n";
       out << "  " << std::left << std::setw(10) << "part" << std::right << std::setw(12) << "voxels" << std::setw(12)
           << "ml" << std::setw(9) << "% organ"
@@ -508,7 +552,10 @@ addResectCommand(CLI::App & app, Context & context)
   command->add_option("--margin", options->margins, "Safety margin(s) in mm, comma-separated (default 10)");
   command->add_option("-o,--output", options->output, "Resection image to write (.nrrd, .nii.gz, .mha, ...)")
     ->required();
-  command->add_option("--surfaces", options->surfaces, "Folder for one surface per label (.vtp)");
+  command->add_option("--surfaces", options->surfaces, "Folder for one smoothed surface per label (made if missing)");
+  command->add_option("--surface-format", options->surfaceFormat, "File format of the surfaces")
+    ->check(CLI::IsMember({ "vtp", "stl", "obj" }))
+    ->capture_default_str();
   command->add_option("--tree-out", options->treeOut, "Write the trees with the proposal's statuses (.ves, .vtp)");
   command->add_flag("--json", options->json, "Print the results as JSON (for scripts)");
   command->add_option("--min-flr", options->minFlr, "FLR percent below which a note is printed")

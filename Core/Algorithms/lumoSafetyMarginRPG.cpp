@@ -23,7 +23,11 @@ constexpr double farAway = 1e20;
 /** Exact 1-D squared distance transform (lower envelope of parabolas, Felzenszwalb and Huttenlocher) of the n
  *  samples f, spaced s mm apart: d[q] = min over p of ((q - p) s)² + f[p]. */
 void
-distanceTransform1D(const double * f, double * d, std::size_t n, double s, std::vector<std::size_t> & v,
+distanceTransform1D(const double * f,
+                    double * d,
+                    std::size_t n,
+                    double s,
+                    std::vector<std::size_t> & v,
                     std::vector<double> & z)
 {
   v.resize(n);
@@ -119,9 +123,8 @@ SafetyMarginRPG::CheckedTumour(const Image * organ)
     {
       throw itk::InvalidArgumentError(sourcePath,
                                       __LINE__,
-                                      differ + "spacing (" + triple(spacing[0], spacing[1], spacing[2], ", ") +
-                                        " vs " + triple(organSpacing[0], organSpacing[1], organSpacing[2], ", ") +
-                                        " mm)",
+                                      differ + "spacing (" + triple(spacing[0], spacing[1], spacing[2], ", ") + " vs " +
+                                        triple(organSpacing[0], organSpacing[1], organSpacing[2], ", ") + " mm)",
                                       ITK_LOCATION);
     }
   }

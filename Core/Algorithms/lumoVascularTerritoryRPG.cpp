@@ -1,5 +1,6 @@
 #include "lumoVascularTerritoryRPG.h"
 
+#include "lumoLabelImageSurfaceFilter.h"
 #include "lumoSurface.h"
 #include "lumoVesselTreeLookupTable.h"
 
@@ -258,8 +259,8 @@ VascularTerritoryRPG::TerritoriesOf(Territories & cache, const VesselTreeData * 
   const auto * ids = static_cast<const std::uint16_t *>(classifier->getVesselIDVolume()->getPic()->data);
   const auto * organVoxels = static_cast<const unsigned char *>(organ->GetData());
   const std::size_t voxels = organ->GetNumberOfVoxels();
-  cache.ids.reserve(static_cast<std::size_t>(std::count_if(
-    organVoxels, organVoxels + voxels, [](unsigned char v) { return v != 0; })));
+  cache.ids.reserve(
+    static_cast<std::size_t>(std::count_if(organVoxels, organVoxels + voxels, [](unsigned char v) { return v != 0; })));
   for (std::size_t i = 0; i < voxels; ++i)
   {
     if (organVoxels[i] != 0)
@@ -359,13 +360,25 @@ VascularTerritoryRPG::FinishResectionImage(const Image * organ, std::size_t tumo
 }
 
 void
-VascularTerritoryRPG::MakeSurfaces(const Image * /*resection*/, const std::vector<std::uint8_t> & labels)
+VascularTerritoryRPG::MakeSurfaces(const Image * resection, const std::vector<std::uint8_t> & labels)
 {
   // One surface output per label present (at least one, as the source requires).
   this->ResizeOutputs(1 + std::max<std::size_t>(1, labels.size()));
   for (unsigned int i = 0; i < this->GetNumberOfResectionSurfaces(); ++i)
   {
     this->GetResectionSurface(i)->Clear();
+  }
+  if (!m_GenerateSurfaces || labels.empty())
+  {
+    return;
+  }
+  auto surfaces = LabelImageSurfaceFilter::New();
+  surfaces->SetInput(resection);
+  surfaces->SetLabels(LabelImageSurfaceFilter::LabelVector(labels.begin(), labels.end()));
+  surfaces->Update();
+  for (unsigned int i = 0; i < labels.size(); ++i)
+  {
+    this->GetResectionSurface(i)->Graft(surfaces->GetOutput(i));
   }
 }
 

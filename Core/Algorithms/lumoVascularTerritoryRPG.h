@@ -52,8 +52,8 @@ public:
   const VesselTreeData *
   GetHepaticVesselTree();
 
-  /** Whether an update also makes the surfaces of the labels (otherwise the surface outputs stay empty); default
-   *  true. */
+  /** Whether an update also makes the surfaces of the labels (LabelImageSurfaceFilter: discrete flying edges,
+   *  windowed-sinc smoothing, normals; in world mm); otherwise the surface outputs stay empty. Default true. */
   itkSetMacro(GenerateSurfaces, bool);
   itkGetConstMacro(GenerateSurfaces, bool);
   itkBooleanMacro(GenerateSurfaces);

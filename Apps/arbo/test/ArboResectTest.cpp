@@ -155,8 +155,12 @@ TEST_F(ArboResectTest, ThreeMarginsWriteImagesProposalsTreesAndTheTable)
   EXPECT_EQ(labelsIn(path("risk-1mm.nrrd")), "333322222222222222220");
   // 2 mm reach B (point at 4) and H2 (point at 4): B, C devascularised, H2, H3 congested.
   EXPECT_EQ(labelsIn(path("risk-2mm.nrrd")), "333333344444422222220");
-  for (const char * name : { "risk-0mm.proposal.xml", "risk-1mm.proposal.xml", "risk-2mm.proposal.xml",
-                             "plan-0mm.ves", "plan-1mm.ves", "plan-2mm.ves" })
+  for (const char * name : { "risk-0mm.proposal.xml",
+                             "risk-1mm.proposal.xml",
+                             "risk-2mm.proposal.xml",
+                             "plan-0mm.ves",
+                             "plan-1mm.ves",
+                             "plan-2mm.ves" })
   {
     EXPECT_TRUE(std::filesystem::exists(path(name))) << name;
   }
@@ -165,7 +169,8 @@ TEST_F(ArboResectTest, ThreeMarginsWriteImagesProposalsTreesAndTheTable)
             std::string::npos)
     << readFile(path("risk-2mm.proposal.xml"));
 
-  EXPECT_NE(run.out.find("margin 2 mm -> " + path("risk-2mm.nrrd") + "\n"
+  EXPECT_NE(run.out.find("margin 2 mm -> " + path("risk-2mm.nrrd") +
+                         "\n"
                          "  part            voxels          ml  % organ\n"
                          "  remnant              7        0.01    35.00\n"
                          "  resected             7        0.01    35.00\n"
@@ -185,7 +190,8 @@ TEST_F(ArboResectTest, ThreeMarginsWriteImagesProposalsTreesAndTheTable)
   ASSERT_EQ(info.status, 0) << info.err;
   // The joining root keeps the undefined status (1).
   std::map<int, int> statuses;
-  for (const auto & entry : nlohmann::json::parse(info.out)["resectionStatus"])
+  const auto description = nlohmann::json::parse(info.out);
+  for (const auto & entry : description["resectionStatus"])
   {
     statuses[entry["value"].get<int>()] = entry["vessels"].get<int>();
   }
@@ -203,9 +209,16 @@ TEST_F(ArboResectTest, JsonGivesTheSameNumbers)
                                 "1",
                                 "-o",
                                 path("risk.nii.gz"),
+                                "--surfaces",
+                                path("surfaces"),
+                                "--surface-format",
+                                "stl",
                                 "--json" });
   ASSERT_EQ(run.status, 0) << run.err;
-  EXPECT_EQ(files().size(), m_Inputs.size() + 2);
+  EXPECT_EQ(files().size(), m_Inputs.size() + 3);
+  EXPECT_TRUE(std::filesystem::is_regular_file(path("surfaces/risk-remnant.stl")));
+  EXPECT_TRUE(std::filesystem::is_regular_file(path("surfaces/risk-resected.stl")));
+  EXPECT_FALSE(std::filesystem::exists(path("surfaces/risk-at-risk.stl")));
   EXPECT_EQ(labelsIn(path("risk.nii.gz")), "333322222222222222220");
   EXPECT_TRUE(std::filesystem::exists(path("risk.proposal.xml")));
   const auto report = nlohmann::json::parse(run.out);
@@ -236,8 +249,10 @@ TEST_F(ArboResectTest, PlanModeUsesTheTreeStatuses)
 TEST_F(ArboResectTest, BadInputsLeaveNothingBehind)
 {
   const auto tumourRun = [&](const std::string & tumour) {
-    return std::vector<std::string>{ "resect",           path("organ.nrrd"), path("portal.ves"), "--tumour", path(tumour),
-                                     "--margin", "0,5", "-o",                path("risk.nrrd") };
+    return std::vector<std::string>{
+      "resect", path("organ.nrrd"), path("portal.ves"), "--tumour", path(tumour), "--margin", "0,5",
+      "-o",     path("risk.nrrd")
+    };
   };
   lumo::WriteImageFile(rowImage({ 2 }, 20), path("short.nrrd"));
   lumo::WriteImageFile(rowImage({ 2 }, 21, 0.5), path("fine.nrrd"));
@@ -267,23 +282,43 @@ TEST_F(ArboResectTest, BadInputsLeaveNothingBehind)
                 "arbo: " + path("turned.nrrd") + ": lies on another grid than the organ: they differ in direction");
   expectRefused(tumourRun("empty.nrrd"), "arbo: " + path("empty.nrrd") + ": holds no tumour voxel (every voxel is 0)");
   expectRefused(tumourRun("outside.nrrd"), "arbo: " + path("outside.nrrd") + ": lies entirely outside the organ");
-  expectRefused({ "resect", path("organ.nrrd"), path("hepatic.ves"), "--tumour", path("tumour.nrrd"), "-o",
+  expectRefused(
+    { "resect", path("organ.nrrd"), path("hepatic.ves"), "--tumour", path("tumour.nrrd"), "-o", path("risk.nrrd") },
+    "arbo: " + path("hepatic.ves") + ": holds no portal vein with centre-line points");
+  expectRefused({ "resect",
+                  path("organ.nrrd"),
+                  path("portal.ves"),
+                  "--hepatic",
+                  path("portal.ves"),
+                  "--tumour",
+                  path("tumour.nrrd"),
+                  "-o",
                   path("risk.nrrd") },
-                "arbo: " + path("hepatic.ves") + ": holds no portal vein with centre-line points");
-  expectRefused({ "resect", path("organ.nrrd"), path("portal.ves"), "--hepatic", path("portal.ves"), "--tumour",
-                  path("tumour.nrrd"), "-o", path("risk.nrrd") },
                 "arbo: " + path("portal.ves") + ": holds no hepatic vein with centre-line points");
   expectRefused({ "resect", path("organ.nrrd"), path("portal.ves"), "--plan", "-o", path("plan.nrrd") },
                 "arbo: " + path("portal.ves") +
                   ": no vessel is marked to be resected or at risk (set resection statuses with \"arbo label ... "
                   "--status resect\" or in \"arbo view\")");
-  expectRefused({ "resect", path("tumour.nrrd"), path("portal.ves"), "--tumour", path("missing.nrrd"), "-o",
-                  path("risk.nrrd") },
-                "arbo: " + path("missing.nrrd") + ": cannot be opened (No such file or directory)");
-  expectRefused({ "resect", path("organ.nrrd"), path("portal.ves"), "--tumour", path("tumour.nrrd"), "-o",
-                  path("risk.txt") },
-                "arbo: " + path("risk.txt") +
-                  ": cannot write an image as '.txt' (supported: .nrrd, .nii, .nii.gz, .mhd, .mha, .pic, .pic.gz)");
+  expectRefused(
+    { "resect", path("tumour.nrrd"), path("portal.ves"), "--tumour", path("missing.nrrd"), "-o", path("risk.nrrd") },
+    "arbo: " + path("missing.nrrd") + ": cannot be opened (No such file or directory)");
+  // The trees go last: the images and proposals written before them are removed again.
+  expectRefused({ "resect",
+                  path("organ.nrrd"),
+                  path("portal.ves"),
+                  "--tumour",
+                  path("tumour.nrrd"),
+                  "--margin",
+                  "0,5",
+                  "-o",
+                  path("risk.nrrd"),
+                  "--tree-out",
+                  path("missing/plan.ves") },
+                "arbo: " + path("missing/plan-0mm.ves") + ": the folder " + path("missing") + " does not exist");
+  expectRefused(
+    { "resect", path("organ.nrrd"), path("portal.ves"), "--tumour", path("tumour.nrrd"), "-o", path("risk.txt") },
+    "arbo: " + path("risk.txt") +
+      ": cannot write an image as '.txt' (supported: .nrrd, .nii, .nii.gz, .mhd, .mha, .pic, .pic.gz)");
 }
 
 TEST_F(ArboResectTest, UsageErrorsExitTwo)

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vtkPolyData.h>
+
 #include <itkMacro.h>
 
 #include <cmath>
@@ -246,6 +248,11 @@ TEST(SafetyMarginRPG, MarginReachingAVesselPointCutsItsWholeSubtree)
   EXPECT_EQ(portal.status(2), ToBeResected);
   EXPECT_EQ(portal.status(3), NotToBeResected);
 
+  // Tumour at 6, 2 mm: Z = {4..8} holds B's point but not C's (at 1); C goes with its parent B.
+  auto second = marginGenerator(organ, rowTumour({ 6 }), portalTree().data, 2.0);
+  second->Update();
+  EXPECT_EQ(labelsOf(second), "333333333222222222220");
+
   // Only the margin changed: one distance map and one territory labelling served both updates.
   EXPECT_EQ(generator->GetNumberOfDistanceMapComputations(), 1u);
   EXPECT_EQ(generator->GetNumberOfTerritoryComputations(), 1u);
@@ -265,6 +272,24 @@ TEST(SafetyMarginRPG, DistancesAreWorldMillimetres)
   generator->Update();
   EXPECT_EQ(labelsOf(generator), "333333322222222222220");
   EXPECT_DOUBLE_EQ(generator->GetVoxelMillilitres(), 0.5 / 1000.0);
+}
+
+TEST(SafetyMarginRPG, VesselPointsFallIntoTheNearestVoxel)
+{
+  // Root at 10, one child B; Z = {0..4}. B supplies {0..7} from 4.4 or 4.6 alike.
+  Image::Pointer organ = rowOrgan();
+  Image::Pointer tumour = rowTumour({ 2 });
+  for (const auto & [x, labels] : std::vector<std::pair<float, std::string>>{
+         { 4.4f, "333333332222222222220" }, // voxel 4, in the zone: B is cut
+         { 4.6f, "333332222222222222220" }, // voxel 5, outside it
+       })
+  {
+    HandTree portal = makeTree({ { -1, 1, PortalVein, UndefinedResectionStatus, { 10 } },
+                                 { 0, 2, PortalVein, UndefinedResectionStatus, { x } } });
+    auto generator = marginGenerator(organ, tumour, portal.data, 2.0);
+    generator->Update();
+    EXPECT_EQ(labelsOf(generator), labels) << x;
+  }
 }
 
 TEST(SafetyMarginRPG, CongestedHepaticBranchIsAtRisk)
@@ -379,14 +404,29 @@ TEST(SafetyMarginRPG, DescriptorNamesVolumesSurfacesAndColours)
   for (int label = 2; label <= 4; ++label)
   {
     EXPECT_EQ(descriptor->GetLabelForSurfaceIndex(label - 2), label);
+    // Each surface wraps its label's voxels: along the row, from the label's first to its last voxel.
+    vtkPolyData * surface = generator->GetResectionSurface(static_cast<unsigned int>(label - 2))->GetVtkPolyData();
+    ASSERT_NE(surface, nullptr);
+    ASSERT_GT(surface->GetNumberOfPolys(), 0);
+    double bounds[6];
+    surface->GetBounds(bounds);
+    const double first[5] = { 0, 0, 13, 0, 7 };
+    const double last[5] = { 0, 0, 19, 6, 12 };
+    EXPECT_GE(bounds[0], first[label] - 0.5 - 1e-6) << label;
+    EXPECT_LE(bounds[1], last[label] + 0.5 + 1e-6) << label;
+    // Smoothing rounds the ends of the thin bar, but by less than a voxel.
+    EXPECT_LT(bounds[0], first[label] + 0.5) << label;
+    EXPECT_GT(bounds[1], last[label] - 0.5) << label;
     EXPECT_FLOAT_EQ(descriptor->GetColor(label)[0], static_cast<float>(0.1 * label));
     EXPECT_FLOAT_EQ(descriptor->GetColor(label)[1], 0.2f);
     EXPECT_FLOAT_EQ(descriptor->GetColor(label)[2], static_cast<float>(0.25 * label));
   }
 
-  // Without a hepatic tree label 4 is absent: two labels, two surfaces.
+  // Without a hepatic tree label 4 is absent: two labels, two surfaces, left empty on request.
   generator->SetHepaticVesselTree(nullptr);
+  generator->GenerateSurfacesOff();
   generator->Update();
+  EXPECT_EQ(generator->GetResectionSurface(0)->GetVtkPolyData(), nullptr);
   EXPECT_EQ(generator->GetResectionProposalDescriptor()->GetNumberOfLabels(), 2u);
   EXPECT_EQ(generator->GetNumberOfResectionSurfaces(), 2u);
   EXPECT_EQ(generator->GetResectionProposalDescriptor()->GetLabelForSurfaceIndex(1), 3);
