@@ -169,21 +169,15 @@ DeformablePlaneRPG::GenerateData()
   }
   m_ResectedSide = resected;
 
-  const Image::Pointer sides = plane->ComputeSideImage(organ, organ);
-  const unsigned char resectedLabel = resected > 0 ? DeformablePlane::FrontLabel : DeformablePlane::BackLabel;
-  const auto * sideLabels = static_cast<const unsigned char *>(sides->GetData());
-  const auto * organVoxels = static_cast<const unsigned char *>(organ->GetData());
-  const std::size_t voxels = organ->GetNumberOfVoxels();
-  std::size_t onResectedSide = 0, organCount = 0;
-  for (std::size_t i = 0; i < voxels; ++i)
-  {
-    organCount += organVoxels[i] != 0 ? 1 : 0;
-    onResectedSide += sideLabels[i] == resectedLabel ? 1 : 0;
-  }
-  if (onResectedSide == 0 || onResectedSide == organCount)
+  // Refused before anything is written.
+  const DeformablePlane::SideCounts inOrgan = plane->CountSides(organ);
+  const std::uint64_t onResectedSide = resected > 0 ? inOrgan.Front : inOrgan.Back;
+  if (onResectedSide == 0 || onResectedSide == inOrgan.Front + inOrgan.Back + inOrgan.OnSurface)
   {
     throw itk::InvalidArgumentError(sourcePath, __LINE__, "The cutting plane misses the organ", ITK_LOCATION);
   }
+  const auto * organVoxels = static_cast<const unsigned char *>(organ->GetData());
+  const std::size_t voxels = organ->GetNumberOfVoxels();
 
   // Nearest points before the statuses change: they depend on the trees' points only.
   const VesselTreeData * portalData = this->GetVesselTree();
@@ -256,24 +250,25 @@ DeformablePlaneRPG::GenerateData()
   }
 
   // The territories hold one point index per organ voxel, in scan order: k counts the organ voxels.
+  // The side test writes 3 and 2 straight into the resection image; remnant voxels whose supply or drainage was
+  // cut become 4. The territories hold one point index per organ voxel, in scan order: k counts the organ voxels.
   unsigned char * labels = this->StartResectionImage(organ);
+  plane->LabelSides(organ,
+                    organ,
+                    labels,
+                    resected > 0 ? ResectedLabel : RemnantLabel,
+                    resected > 0 ? RemnantLabel : ResectedLabel,
+                    RemnantLabel);
   for (std::size_t i = 0, k = 0; i < voxels; ++i)
   {
     if (organVoxels[i] == 0)
     {
       continue;
     }
-    if (sideLabels[i] == resectedLabel)
-    {
-      labels[i] = ResectedLabel;
-    }
-    else if (portalLost[portalNearest[k]] != 0 || (!hepaticLost.empty() && hepaticLost[hepaticNearest[k]] != 0))
+    if (labels[i] == RemnantLabel &&
+        (portalLost[portalNearest[k]] != 0 || (!hepaticLost.empty() && hepaticLost[hepaticNearest[k]] != 0)))
     {
       labels[i] = AtRiskLabel;
-    }
-    else
-    {
-      labels[i] = RemnantLabel;
     }
     ++k;
   }

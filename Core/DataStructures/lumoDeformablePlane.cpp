@@ -918,14 +918,30 @@ DeformablePlane::ComputeSideImage(const Image * grid, const Image * mask) const
     Refuse(__FILE__, __LINE__, "DeformablePlane: no voxel grid given");
   }
   CheckMask(grid, mask);
-  const ColumnCrossings crossings = this->ComputeColumnCrossings(grid->GetSlicedGeometry(0));
   auto sides = Image::New();
   sides->Initialize(
     itk::IOComponentEnum::UCHAR, grid->GetSize(), grid->GetSpacing(), grid->GetOrigin(), grid->GetDirection());
-  auto * out = static_cast<unsigned char *>(sides->GetData());
+  this->LabelSides(grid, mask, static_cast<unsigned char *>(sides->GetData()), FrontLabel, BackLabel, OnSurfaceLabel);
+  return sides;
+}
+
+void
+DeformablePlane::LabelSides(const Image * grid,
+                            const Image * mask,
+                            unsigned char * out,
+                            unsigned char frontLabel,
+                            unsigned char backLabel,
+                            unsigned char onSurfaceLabel) const
+{
+  if (grid == nullptr || !grid->IsInitialized() || out == nullptr)
+  {
+    Refuse(__FILE__, __LINE__, "DeformablePlane: no voxel grid given");
+  }
+  CheckMask(grid, mask);
+  const ColumnCrossings crossings = this->ComputeColumnCrossings(grid->GetSlicedGeometry(0));
   const auto * in = mask != nullptr ? static_cast<const unsigned char *>(mask->GetData()) : nullptr;
-  const unsigned char low = crossings.LowSide > 0 ? FrontLabel : BackLabel;
-  const unsigned char high = crossings.LowSide > 0 ? BackLabel : FrontLabel;
+  const unsigned char low = crossings.LowSide > 0 ? frontLabel : backLabel;
+  const unsigned char high = crossings.LowSide > 0 ? backLabel : frontLabel;
   const std::size_t nx = grid->GetSize()[0];
   ForEachRow(crossings,
              grid->GetSize(),
@@ -936,26 +952,26 @@ DeformablePlane::ComputeSideImage(const Image * grid, const Image * mask) const
                {
                  const auto b = static_cast<std::size_t>(*begin);
                  const auto e = static_cast<std::size_t>(*end);
-                 std::fill(labels, labels + b, low);
-                 std::fill(labels + b, labels + e, OnSurfaceLabel);
-                 std::fill(labels + e, labels + nx, high);
-               }
-               else
-               {
+                 if (voxels == nullptr)
+                 {
+                   std::fill(labels, labels + b, low);
+                   std::fill(labels + b, labels + e, onSurfaceLabel);
+                   std::fill(labels + e, labels + nx, high);
+                   return;
+                 }
                  for (std::size_t x = 0; x < nx; ++x)
                  {
-                   labels[x] = t < begin[x] ? low : (t >= end[x] ? high : OnSurfaceLabel);
+                   const unsigned char label = x < b ? low : (x >= e ? high : onSurfaceLabel);
+                   labels[x] = voxels[x] != 0 ? label : labels[x];
                  }
+                 return;
                }
-               if (voxels != nullptr)
+               for (std::size_t x = 0; x < nx; ++x)
                {
-                 for (std::size_t x = 0; x < nx; ++x)
-                 {
-                   labels[x] = voxels[x] != 0 ? labels[x] : OutsideLabel;
-                 }
+                 const unsigned char label = t < begin[x] ? low : (t >= end[x] ? high : onSurfaceLabel);
+                 labels[x] = (voxels == nullptr || voxels[x] != 0) ? label : labels[x];
                }
              });
-  return sides;
 }
 
 DeformablePlane::SideCounts

@@ -200,6 +200,17 @@ public:
   Image::Pointer
   ComputeSideImage(const Image * grid, const Image * mask = nullptr) const;
 
+  /** Writes the given labels for the voxels of the grid on the front, on the back and on the surface into out (a
+   *  buffer of the grid's voxels, x fastest); with a mask only where it is non-zero, the other voxels untouched.
+   *  Same checks as ComputeSideImage. */
+  void
+  LabelSides(const Image * grid,
+             const Image * mask,
+             unsigned char * out,
+             unsigned char frontLabel,
+             unsigned char backLabel,
+             unsigned char onSurfaceLabel) const;
+
   struct SideCounts
   {
     std::uint64_t Front{ 0 };
