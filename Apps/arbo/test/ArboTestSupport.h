@@ -3,11 +3,12 @@
 
 #include "arboApplication.h"
 
+#include <LumoTestUtilities.h>
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
-#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -66,23 +67,10 @@ dataFile(const std::string & name)
 class ArboTest : public ::testing::Test
 {
 protected:
-  void
-  SetUp() override
-  {
-    std::random_device random;
-    m_Folder = std::filesystem::temp_directory_path() / ("arbo-test-" + std::to_string(random()));
-    std::filesystem::create_directories(m_Folder);
-  }
-  void
-  TearDown() override
-  {
-    std::error_code ec;
-    std::filesystem::remove_all(m_Folder, ec);
-  }
   std::string
   path(const std::string & name) const
   {
-    return (m_Folder / name).string();
+    return m_Directory.File(name);
   }
   /** Names of the files in the test folder, sorted. */
   std::vector<std::string>
@@ -97,7 +85,8 @@ protected:
     return names;
   }
 
-  std::filesystem::path m_Folder;
+  lumotest::TemporaryDirectory m_Directory;
+  const std::filesystem::path & m_Folder{ m_Directory.Path() };
 };
 } // namespace arbo_test
 

@@ -7,13 +7,14 @@
 #include "VesselTestTree.h"
 #include "WarningCapture.h"
 
+#include <LumoTestUtilities.h>
+
 #include <gtest/gtest.h>
 
 #include <itkImageFileReader.h>
 
 #include <filesystem>
 #include <fstream>
-#include <random>
 
 using namespace lumo;
 
@@ -35,23 +36,10 @@ readText(const std::string & path)
 class VesselTreeFileIO : public ::testing::Test
 {
 protected:
-  void
-  SetUp() override
-  {
-    std::random_device random;
-    m_Folder = std::filesystem::temp_directory_path() / ("ves-io-test-" + std::to_string(random()));
-    std::filesystem::create_directories(m_Folder);
-  }
-  void
-  TearDown() override
-  {
-    std::error_code ec;
-    std::filesystem::remove_all(m_Folder, ec);
-  }
   std::string
   path(const std::string & name) const
   {
-    return (m_Folder / name).string();
+    return m_Directory.File(name);
   }
   void
   write(const std::string & name, const std::string & text) const
@@ -77,7 +65,8 @@ protected:
     return "";
   }
 
-  std::filesystem::path m_Folder;
+  lumotest::TemporaryDirectory m_Directory;
+  const std::filesystem::path & m_Folder{ m_Directory.Path() };
 };
 } // namespace
 
