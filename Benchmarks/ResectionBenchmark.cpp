@@ -13,6 +13,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <vector>
@@ -90,6 +91,7 @@ resect(benchmark::State & state, const std::vector<double> & margins)
     generator->SetTumourMask(s.tumour);
     generator->SetVesselTree(s.tree);
     generator->SetGenerateSurfaces(false);
+    generator->SetDistanceMapReach(*std::max_element(margins.begin(), margins.end()));
     generator->SetNumberOfWorkUnits(workUnits);
     std::vector<unsigned char> kept;
     for (std::size_t m = 0; m < margins.size(); ++m)

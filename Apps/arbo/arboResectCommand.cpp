@@ -17,6 +17,7 @@
 #include <nlohmann/json.hpp>
 #include <tinyxml2.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <filesystem>
@@ -319,6 +320,13 @@ resect(const ResectOptions & options, Context & context)
   {
     margin = lumo::SafetyMarginRPG::New();
     margin->SetTumourMask(tumour);
+    // One distance map serves every margin when it reaches the largest.
+    double largest = 0.0;
+    for (const Margin & m : margins)
+    {
+      largest = std::max(largest, m.millimetres);
+    }
+    margin->SetDistanceMapReach(largest);
     generator = margin.GetPointer();
   }
   generator->SetOrganSegmentation(organ);

@@ -9,6 +9,7 @@
 #include <vtkPolyData.h>
 #include <vtkPolyDataNormals.h>
 #include <vtkReverseSense.h>
+#include <vtkSMPTools.h>
 #include <vtkSmartPointer.h>
 #include <vtkUnsignedCharArray.h>
 #include <vtkWindowedSincPolyDataFilter.h>
@@ -34,6 +35,22 @@ struct LabelBox
   };
   std::array<long, 3> Max{ { -1, -1, -1 } };
 
+  double
+  Voxels() const
+  {
+    return static_cast<double>(Max[0] - Min[0] + 1) * (Max[1] - Min[1] + 1) * (Max[2] - Min[2] + 1);
+  }
+
+  void
+  Merge(const LabelBox & other)
+  {
+    for (unsigned int i = 0; i < 3; ++i)
+    {
+      Min[i] = std::min(Min[i], other.Min[i]);
+      Max[i] = std::max(Max[i], other.Max[i]);
+    }
+  }
+
   void
   AddRun(long x0, long x1, long y, long z)
   {
@@ -48,33 +65,46 @@ struct LabelBox
 
 using BoxMap = std::map<LabelFilterLabel, LabelBox>;
 
-/** Bounding boxes of every non-zero value, found run by run along x (a label image is mostly long runs). */
+/** Bounding boxes of every non-zero value, found run by run along x (a label image is mostly long runs), one slice
+ *  per task of VTK's thread pool. */
 template <typename T>
 BoxMap
 FindLabelBoxes(const T * voxels, const Image::SizeType & size)
 {
-  BoxMap boxes;
   const long nx = static_cast<long>(size[0]);
-  for (long z = 0; z < static_cast<long>(size[2]); ++z)
-  {
-    for (long y = 0; y < static_cast<long>(size[1]); ++y)
+  const long ny = static_cast<long>(size[1]);
+  std::vector<BoxMap> slices(size[2]);
+  vtkSMPTools::For(0, static_cast<vtkIdType>(size[2]), 1, [&](vtkIdType first, vtkIdType last) {
+    for (long z = first; z < last; ++z)
     {
-      const T * row = voxels + (z * static_cast<long>(size[1]) + y) * nx;
-      long x = 0;
-      while (x < nx)
+      BoxMap & boxes = slices[z];
+      for (long y = 0; y < ny; ++y)
       {
-        const T value = row[x];
-        long end = x + 1;
-        while (end < nx && row[end] == value)
+        const T * row = voxels + (z * ny + y) * nx;
+        long x = 0;
+        while (x < nx)
         {
-          ++end;
+          const T value = row[x];
+          long end = x + 1;
+          while (end < nx && row[end] == value)
+          {
+            ++end;
+          }
+          if (value != 0)
+          {
+            boxes[static_cast<LabelFilterLabel>(value)].AddRun(x, end - 1, y, z);
+          }
+          x = end;
         }
-        if (value != 0)
-        {
-          boxes[static_cast<LabelFilterLabel>(value)].AddRun(x, end - 1, y, z);
-        }
-        x = end;
       }
+    }
+  });
+  BoxMap boxes;
+  for (const BoxMap & slice : slices)
+  {
+    for (const auto & [label, box] : slice)
+    {
+      boxes[label].Merge(box);
     }
   }
   return boxes;
@@ -118,6 +148,90 @@ CutOutLabel(const T * voxels, const Image::SizeType & size, const Vector3D & spa
   }
   cut->GetPointData()->SetScalars(scalars);
   return cut;
+}
+
+struct SurfaceSettings
+{
+  unsigned int iterations;
+  double passBand;
+  bool normals;
+  bool mirrored;
+  Point3D origin;
+  Image::DirectionType direction;
+};
+
+/** Contour, smoothing, placement in the world and normals of one cut-out label. */
+vtkSmartPointer<vtkPolyData>
+MakeSurface(vtkImageData * cut, const SurfaceSettings & settings)
+{
+  vtkSmartPointer<vtkDiscreteFlyingEdges3D> contour = vtkSmartPointer<vtkDiscreteFlyingEdges3D>::New();
+  contour->SetInputData(cut);
+  contour->SetValue(0, 1.0);
+  contour->ComputeNormalsOff();
+  contour->ComputeGradientsOff();
+  contour->ComputeScalarsOff();
+  contour->Update();
+  vtkSmartPointer<vtkPolyData> mesh = contour->GetOutput();
+
+  if (settings.iterations > 0 && mesh->GetNumberOfPoints() > 0)
+  {
+    vtkSmartPointer<vtkWindowedSincPolyDataFilter> smoother = vtkSmartPointer<vtkWindowedSincPolyDataFilter>::New();
+    smoother->SetInputData(mesh);
+    smoother->SetNumberOfIterations(settings.iterations);
+    smoother->SetPassBand(settings.passBand);
+    smoother->NormalizeCoordinatesOn();
+    smoother->BoundarySmoothingOff();
+    smoother->FeatureEdgeSmoothingOff();
+    smoother->NonManifoldSmoothingOn();
+    smoother->Update();
+    mesh = smoother->GetOutput();
+  }
+
+  // Index times spacing to world: rotate by the direction, then move to the origin.
+  const Point3D & origin = settings.origin;
+  const Image::DirectionType & direction = settings.direction;
+  vtkSmartPointer<vtkPoints> world = vtkSmartPointer<vtkPoints>::New();
+  world->SetDataTypeToFloat();
+  world->SetNumberOfPoints(mesh->GetNumberOfPoints());
+  for (vtkIdType id = 0; id < mesh->GetNumberOfPoints(); ++id)
+  {
+    double p[3];
+    mesh->GetPoint(id, p);
+    double w[3];
+    for (unsigned int r = 0; r < 3; ++r)
+    {
+      w[r] = origin[r] + direction[r][0] * p[0] + direction[r][1] * p[1] + direction[r][2] * p[2];
+    }
+    world->SetPoint(id, w);
+  }
+  vtkSmartPointer<vtkPolyData> surface = vtkSmartPointer<vtkPolyData>::New();
+  surface->SetPoints(world);
+  surface->SetPolys(mesh->GetPolys());
+
+  // A mirroring direction turns the triangles inside out; turn them back so that they face out of the label.
+  if (settings.mirrored)
+  {
+    vtkSmartPointer<vtkReverseSense> reverse = vtkSmartPointer<vtkReverseSense>::New();
+    reverse->SetInputData(surface);
+    reverse->ReverseCellsOn();
+    reverse->ReverseNormalsOff();
+    reverse->Update();
+    surface = reverse->GetOutput();
+  }
+  if (settings.normals)
+  {
+    // Flying edges orients every triangle out of the label already: no consistency pass is needed.
+    vtkSmartPointer<vtkPolyDataNormals> normals = vtkSmartPointer<vtkPolyDataNormals>::New();
+    normals->SetInputData(surface);
+    normals->ComputePointNormalsOn();
+    normals->ComputeCellNormalsOff();
+    normals->SplittingOff();
+    normals->ConsistencyOff();
+    normals->AutoOrientNormalsOff();
+    normals->Update();
+    surface = normals->GetOutput();
+  }
+  return surface;
 }
 
 [[noreturn]] void
@@ -200,7 +314,14 @@ LabelImageSurfaceFilter::GenerateData()
                              direction[0][2] * (direction[1][0] * direction[2][1] - direction[1][1] * direction[2][0]);
   const bool mirrored = determinant < 0.0;
 
-  std::vector<vtkSmartPointer<vtkImageData>> cuts;
+  struct Work
+  {
+    LabelType label;
+    LabelBox box;
+    vtkSmartPointer<vtkPolyData> surface;
+  };
+  std::vector<Work> work;
+  const SurfaceSettings settings{ m_SmoothingIterations, m_PassBand, m_ComputeNormals, mirrored, origin, direction };
   DispatchPixelType(image->GetPixelType(), [&](auto * tag) {
     using T = std::remove_pointer_t<decltype(tag)>;
     const T * voxels = static_cast<const T *>(image->GetData());
@@ -220,83 +341,34 @@ LabelImageSurfaceFilter::GenerateData()
       {
         Fail(__LINE__, "label " + std::to_string(label) + " is not in the image");
       }
+      work.push_back({ label, found->second, nullptr });
     }
-    for (const LabelType label : labels)
+    // Labels are independent: each is a task of VTK's thread pool, the largest boxes first so that the small ones
+    // fill the gaps. Contouring inside a task runs on the same pool.
+    std::vector<std::size_t> order(work.size());
+    for (std::size_t i = 0; i < order.size(); ++i)
     {
-      cuts.push_back(CutOutLabel<T>(voxels, size, spacing, boxes.at(label), static_cast<T>(label)));
+      order[i] = i;
     }
-    m_OutputLabels = labels;
+    std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+      return work[a].box.Voxels() > work[b].box.Voxels();
+    });
+    vtkSMPTools::For(0, static_cast<vtkIdType>(order.size()), 1, [&](vtkIdType begin, vtkIdType end) {
+      for (vtkIdType i = begin; i < end; ++i)
+      {
+        Work & item = work[order[i]];
+        vtkSmartPointer<vtkImageData> cut = CutOutLabel<T>(voxels, size, spacing, item.box, static_cast<T>(item.label));
+        item.surface = MakeSurface(cut, settings);
+      }
+    });
   });
 
-  this->ResizeOutputs(cuts.size());
-  for (std::size_t index = 0; index < cuts.size(); ++index)
+  this->ResizeOutputs(work.size());
+  m_OutputLabels.clear();
+  for (std::size_t index = 0; index < work.size(); ++index)
   {
-    vtkSmartPointer<vtkDiscreteFlyingEdges3D> contour = vtkSmartPointer<vtkDiscreteFlyingEdges3D>::New();
-    contour->SetInputData(cuts[index]);
-    contour->SetValue(0, 1.0);
-    contour->ComputeNormalsOff();
-    contour->ComputeGradientsOff();
-    contour->ComputeScalarsOff();
-    contour->Update();
-    vtkSmartPointer<vtkPolyData> mesh = contour->GetOutput();
-    cuts[index] = nullptr; // the cut-out is no longer needed
-
-    if (m_SmoothingIterations > 0 && mesh->GetNumberOfPoints() > 0)
-    {
-      vtkSmartPointer<vtkWindowedSincPolyDataFilter> smoother = vtkSmartPointer<vtkWindowedSincPolyDataFilter>::New();
-      smoother->SetInputData(mesh);
-      smoother->SetNumberOfIterations(m_SmoothingIterations);
-      smoother->SetPassBand(m_PassBand);
-      smoother->NormalizeCoordinatesOn();
-      smoother->BoundarySmoothingOff();
-      smoother->FeatureEdgeSmoothingOff();
-      smoother->NonManifoldSmoothingOn();
-      smoother->Update();
-      mesh = smoother->GetOutput();
-    }
-
-    // Index times spacing to world: rotate by the direction, then move to the origin.
-    vtkSmartPointer<vtkPoints> world = vtkSmartPointer<vtkPoints>::New();
-    world->SetDataTypeToFloat();
-    world->SetNumberOfPoints(mesh->GetNumberOfPoints());
-    for (vtkIdType id = 0; id < mesh->GetNumberOfPoints(); ++id)
-    {
-      double p[3];
-      mesh->GetPoint(id, p);
-      double w[3];
-      for (unsigned int r = 0; r < 3; ++r)
-      {
-        w[r] = origin[r] + direction[r][0] * p[0] + direction[r][1] * p[1] + direction[r][2] * p[2];
-      }
-      world->SetPoint(id, w);
-    }
-    vtkSmartPointer<vtkPolyData> surface = vtkSmartPointer<vtkPolyData>::New();
-    surface->SetPoints(world);
-    surface->SetPolys(mesh->GetPolys());
-
-    // A mirroring direction turns the triangles inside out; turn them back so that they face out of the label.
-    if (mirrored)
-    {
-      vtkSmartPointer<vtkReverseSense> reverse = vtkSmartPointer<vtkReverseSense>::New();
-      reverse->SetInputData(surface);
-      reverse->ReverseCellsOn();
-      reverse->ReverseNormalsOff();
-      reverse->Update();
-      surface = reverse->GetOutput();
-    }
-    if (m_ComputeNormals)
-    {
-      vtkSmartPointer<vtkPolyDataNormals> normals = vtkSmartPointer<vtkPolyDataNormals>::New();
-      normals->SetInputData(surface);
-      normals->ComputePointNormalsOn();
-      normals->ComputeCellNormalsOff();
-      normals->SplittingOff();
-      normals->ConsistencyOn();
-      normals->AutoOrientNormalsOff();
-      normals->Update();
-      surface = normals->GetOutput();
-    }
-    this->GetOutput(index)->SetVtkPolyData(surface);
+    this->GetOutput(index)->SetVtkPolyData(work[index].surface);
+    m_OutputLabels.push_back(work[index].label);
   }
 }
 

@@ -21,6 +21,8 @@ namespace lumo
  *  touching the image's border still gives a closed surface), contoured halfway between label and background voxel
  *  centres with VTK's discrete flying edges, smoothed with a windowed sinc filter (which keeps the enclosed volume
  *  where a Laplacian filter would shrink it) and, on request, given point normals pointing out of the label.
+ *  The labels are independent tasks of VTK's thread pool (vtkSMPTools), as is the scan for the labels' boxes; the
+ *  surfaces do not depend on the number of threads.
  *
  *  Errors (itk::ExceptionObject from Update): "LabelImageSurfaceFilter: no label image" for a missing or
  *  uninitialised input, "LabelImageSurfaceFilter: the label image has pixel type <type>; an integer type is needed"
@@ -53,7 +55,7 @@ public:
     return m_Labels;
   }
 
-  /** Iterations of the windowed sinc smoothing; 0 keeps the voxel staircase; default 20; 0 to 1000. */
+  /** Iterations of the windowed sinc smoothing; 0 keeps the voxel staircase; default 15; 0 to 1000. */
   itkSetClampMacro(SmoothingIterations, unsigned int, 0, 1000);
   itkGetConstMacro(SmoothingIterations, unsigned int);
   /** Pass band of the windowed sinc filter (smaller smooths more), default 0.05, in (0, 2). */
@@ -100,7 +102,7 @@ protected:
 private:
   LabelVector m_Labels;
   LabelVector m_OutputLabels;
-  unsigned int m_SmoothingIterations{ 20 };
+  unsigned int m_SmoothingIterations{ 15 };
   double m_PassBand{ 0.05 };
   bool m_ComputeNormals{ true };
 };

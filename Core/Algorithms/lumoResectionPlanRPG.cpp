@@ -45,23 +45,20 @@ ResectionPlanRPG::GenerateData()
 
   const std::vector<std::uint16_t> & portalIds = this->PortalTerritories();
   const std::vector<std::uint16_t> & hepaticIds = this->HepaticTerritories();
-  const auto * organVoxels = static_cast<const unsigned char *>(organ->GetData());
-  const std::size_t voxels = organ->GetNumberOfVoxels();
   unsigned char * labels = this->StartResectionImage(organ);
-  // The territories hold one id per organ voxel, in scan order: k counts the organ voxels.
-  for (std::size_t i = 0, k = 0; i < voxels; ++i)
+  // The territories hold one id per organ voxel, in the order of the organ runs: k counts the organ voxels.
+  std::size_t k = 0;
+  for (const OrganRun & run : this->OrganRuns())
   {
-    if (organVoxels[i] == 0)
+    for (std::size_t i = run.start; i < run.start + run.length; ++i, ++k)
     {
-      continue;
+      const std::uint8_t planned = portalPlan[portalIds[k]];
+      labels[i] = planned != 0 ? planned : RemnantLabel;
+      if (labels[i] != ResectedLabel && !hepaticPlan.empty() && hepaticPlan[hepaticIds[k]] != 0)
+      {
+        labels[i] = AtRiskLabel;
+      }
     }
-    const std::uint8_t planned = portalPlan[portalIds[k]];
-    labels[i] = planned != 0 ? planned : RemnantLabel;
-    if (labels[i] != ResectedLabel && !hepaticPlan.empty() && hepaticPlan[hepaticIds[k]] != 0)
-    {
-      labels[i] = AtRiskLabel;
-    }
-    ++k;
   }
   this->FinishResectionImage(organ, 0);
 }

@@ -153,10 +153,10 @@ SafetyMarginRPG::CheckedTumour(const Image * organ)
 }
 
 void
-SafetyMarginRPG::UpdateDistanceMap(const Image * organ, const Image * tumour)
+SafetyMarginRPG::UpdateDistanceMap(const Image * organ, const Image * tumour, double reach)
 {
   if (m_MapOrgan == organ && m_MapOrganTime == organ->GetMTime() && m_MapTumour == tumour &&
-      m_MapTumourTime == tumour->GetMTime())
+      m_MapTumourTime == tumour->GetMTime() && reach <= m_MapReach)
   {
     return;
   }
@@ -174,7 +174,7 @@ SafetyMarginRPG::UpdateDistanceMap(const Image * organ, const Image * tumour)
                                                       static_cast<unsigned int>(z)) != 0.0;
   };
 
-  // The box of organ and tumour voxels, and the tumour's counts.
+  // The tumour's bounding box and counts.
   std::size_t low[3] = { n[0], n[1], n[2] };
   std::size_t high[3] = { 0, 0, 0 };
   m_TumourVoxels = 0;
@@ -185,11 +185,10 @@ SafetyMarginRPG::UpdateDistanceMap(const Image * organ, const Image * tumour)
     {
       for (std::size_t x = 0; x < n[0]; ++x, ++i)
       {
-        const bool inTumour = isTumour(x, y, z, i);
-        m_TumourVoxels += inTumour ? 1 : 0;
-        m_TumourVoxelsInOrgan += inTumour && organVoxels[i] != 0 ? 1 : 0;
-        if (inTumour || organVoxels[i] != 0)
+        if (isTumour(x, y, z, i))
         {
+          ++m_TumourVoxels;
+          m_TumourVoxelsInOrgan += organVoxels[i] != 0 ? 1 : 0;
           const std::size_t position[3] = { x, y, z };
           for (unsigned int a = 0; a < 3; ++a)
           {
@@ -200,10 +199,19 @@ SafetyMarginRPG::UpdateDistanceMap(const Image * organ, const Image * tumour)
       }
     }
   }
+  // Widened by the reach (and a voxel for rounding), within the grid.
+  const Vector3D spacing = organ->GetSpacing();
   for (unsigned int a = 0; a < 3; ++a)
   {
-    m_BoxStart[a] = high[a] > low[a] ? low[a] : 0;
-    m_BoxSize[a] = high[a] > low[a] ? high[a] - low[a] : 0;
+    if (high[a] <= low[a])
+    {
+      m_BoxStart[a] = 0;
+      m_BoxSize[a] = 0;
+      continue;
+    }
+    const auto widen = static_cast<std::size_t>(std::min(static_cast<double>(n[a]), std::ceil(reach / spacing[a]) + 1));
+    m_BoxStart[a] = low[a] > widen ? low[a] - widen : 0;
+    m_BoxSize[a] = std::min(n[a], high[a] + widen) - m_BoxStart[a];
   }
   const std::size_t * b = m_BoxSize;
   const std::size_t boxVoxels = b[0] * b[1] * b[2];
@@ -224,7 +232,6 @@ SafetyMarginRPG::UpdateDistanceMap(const Image * organ, const Image * tumour)
 
   // Separable exact transform: along x from the tumour, then along y and z over the previous pass's values.
   m_SquaredDistances.assign(boxVoxels, 0.0f);
-  const Vector3D spacing = organ->GetSpacing();
   const std::size_t stride[3] = { 1, b[0], b[0] * b[1] };
   itk::MultiThreaderBase * threader = this->GetMultiThreader();
   threader->SetNumberOfWorkUnits(this->GetNumberOfWorkUnits());
@@ -262,6 +269,7 @@ SafetyMarginRPG::UpdateDistanceMap(const Image * organ, const Image * tumour)
   m_MapOrganTime = organ->GetMTime();
   m_MapTumour = tumour;
   m_MapTumourTime = tumour->GetMTime();
+  m_MapReach = reach;
   ++m_NumberOfDistanceMapComputations;
 }
 
@@ -277,7 +285,7 @@ SafetyMarginRPG::GenerateData()
   ArVesselTree portal = this->CheckedPortalTree();
   ArVesselTree hepatic = this->CheckedHepaticTree();
 
-  this->UpdateDistanceMap(organ, tumour);
+  this->UpdateDistanceMap(organ, tumour, std::max(m_MarginWidth, m_DistanceMapReach));
   if (m_TumourVoxels == 0)
   {
     throw itk::InvalidArgumentError(sourcePath, __LINE__, "Tumour mask holds no tumour voxel", ITK_LOCATION);
@@ -334,8 +342,10 @@ SafetyMarginRPG::GenerateData()
     return inZone(index[0], index[1], index[2]);
   };
 
-  // A vessel loses its supply (or drainage) when it or an ancestor is cut: pre-order meets parents first.
+  // A vessel loses its supply (or drainage) when it or an ancestor is cut: pre-order meets parents first. Answers
+  // whether a status changed.
   auto markTree = [&](const ArVesselTree & tree, std::int32_t lostStatus) {
+    bool changed = false;
     const LinkedVesselTree * linked = asLinkedVesselTree(tree);
     using Walk = LinkedTreeWalk<ar<Vessel>>;
     VesselNode * root = linked->getRootNode();
@@ -351,49 +361,66 @@ SafetyMarginRPG::GenerateData()
           const Vessel::PointList & points = vessel->getPoints();
           isLost = std::any_of(points.begin(), points.end(), pointInZone);
         }
-        vessel->getProperties().setResectionStatus(isLost ? lostStatus : NotToBeResected);
+        const std::int32_t status = isLost ? lostStatus : NotToBeResected;
+        changed = changed || vessel->getProperties().getResectionStatus() != status;
+        vessel->getProperties().setResectionStatus(status);
       }
       lost[node] = isLost;
     }
+    return changed;
   };
-  markTree(portal, ToBeResected);
-  this->StatusesWritten(this->GetVesselTree());
+  // Trees whose statuses stay as they were are not marked modified, so that an update without changes does not
+  // make the next one run again.
+  if (markTree(portal, ToBeResected))
+  {
+    this->StatusesWritten(this->GetVesselTree());
+  }
   const std::vector<std::uint8_t> devascularised =
     TableById(portal, [](const Vessel & v) { return v.getProperties().getResectionStatus() == ToBeResected; });
   std::vector<std::uint8_t> congested;
   if (!hepatic.isNull())
   {
-    markTree(hepatic, AreaAtRisk);
-    this->StatusesWritten(this->GetHepaticVesselTree());
+    if (markTree(hepatic, AreaAtRisk))
+    {
+      this->StatusesWritten(this->GetHepaticVesselTree());
+    }
     congested =
       TableById(hepatic, [](const Vessel & v) { return v.getProperties().getResectionStatus() == AreaAtRisk; });
   }
 
-  // The territories hold one id per organ voxel, in scan order: k counts the organ voxels.
+  // Territories first (they hold one id per organ voxel, in the order of the organ runs: k counts organ voxels),
+  // then the zone over the box, which can only turn voxels into 3.
   unsigned char * labels = this->StartResectionImage(organ);
-  for (std::size_t z = 0, i = 0, k = 0; z < n[2]; ++z)
+  std::size_t k = 0;
+  for (const OrganRun & run : this->OrganRuns())
   {
-    for (std::size_t y = 0; y < n[1]; ++y)
+    for (std::size_t i = run.start; i < run.start + run.length; ++i, ++k)
     {
-      for (std::size_t x = 0; x < n[0]; ++x, ++i)
+      if (devascularised[portalIds[k]] != 0)
       {
-        if (organVoxels[i] == 0)
+        labels[i] = ResectedLabel;
+      }
+      else if (!congested.empty() && congested[hepaticIds[k]] != 0)
+      {
+        labels[i] = AtRiskLabel;
+      }
+      else
+      {
+        labels[i] = RemnantLabel;
+      }
+    }
+  }
+  for (std::size_t z = 0, b = 0; z < m_BoxSize[2]; ++z)
+  {
+    for (std::size_t y = 0; y < m_BoxSize[1]; ++y)
+    {
+      const std::size_t row = m_BoxStart[0] + n[0] * ((y + m_BoxStart[1]) + n[1] * (z + m_BoxStart[2]));
+      for (std::size_t x = 0; x < m_BoxSize[0]; ++x, ++b)
+      {
+        if (organVoxels[row + x] != 0 && m_SquaredDistances[b] <= limit)
         {
-          continue;
+          labels[row + x] = ResectedLabel;
         }
-        if (devascularised[portalIds[k]] != 0 || inZone(x, y, z))
-        {
-          labels[i] = ResectedLabel;
-        }
-        else if (!congested.empty() && congested[hepaticIds[k]] != 0)
-        {
-          labels[i] = AtRiskLabel;
-        }
-        else
-        {
-          labels[i] = RemnantLabel;
-        }
-        ++k;
       }
     }
   }
@@ -405,6 +432,7 @@ SafetyMarginRPG::PrintSelf(std::ostream & os, itk::Indent indent) const
 {
   Superclass::PrintSelf(os, indent);
   os << indent << "MarginWidth: " << m_MarginWidth << " mm" << std::endl;
+  os << indent << "DistanceMapReach: " << m_DistanceMapReach << " mm" << std::endl;
   os << indent << "NumberOfDistanceMapComputations: " << m_NumberOfDistanceMapComputations << std::endl;
 }
 } // namespace lumo

@@ -23,10 +23,10 @@ namespace lumo
  *  The trees get the matching resection statuses: devascularised portal vessels 3 and the others 2, congested
  *  hepatic vessels 4 and the others 2, so that the plan can be saved and shown.
  *
- *  The distance map of the tumour (exact Euclidean distance transform, in mm, over the organ's grid) and the
- *  territories are kept between updates: changing only MarginWidth and updating again relabels without
- *  recomputing them. Distances are compared with a relative tolerance of 1e-6 so that a voxel exactly m mm away
- *  counts as within the margin despite rounding.
+ *  The distance map of the tumour (exact Euclidean distance transform, in mm, over the box of voxels within
+ *  DistanceMapReach of the tumour) and the territories are kept between updates: changing only MarginWidth and updating
+ * again relabels without recomputing them. Distances are compared with a relative tolerance of 1e-6 so that a voxel
+ * exactly m mm away counts as within the margin despite rounding.
  *
  *  Errors (itk::InvalidArgumentError), besides those of VascularTerritoryRPG: "No tumour mask set", "Tumour mask
  *  and organ segmentation differ in size (...)", "... in spacing (...)", "... in origin (...)", "... in direction",
@@ -48,6 +48,11 @@ public:
   itkSetMacro(MarginWidth, double);
   itkGetConstMacro(MarginWidth, double);
 
+  /** How far around the tumour the distance map reaches, in mm, >= 0; default 20. A larger margin widens the map
+   *  to that margin (a new map), so set it to the largest margin of a series to compute the map once. */
+  itkSetClampMacro(DistanceMapReach, double, 0.0, itk::NumericTraits<double>::max());
+  itkGetConstMacro(DistanceMapReach, double);
+
   /** Input 1, the tumour mask (another name for SetSafetyMargin). */
   void
   SetTumourMask(const Image * tumour);
@@ -68,17 +73,21 @@ private:
   /** Input 1 checked against the organ's grid. */
   const Image *
   CheckedTumour(const Image * organ);
-  /** The distance map and the tumour voxels in the box around organ and tumour, made once per organ and tumour. */
+  /** The tumour's counts and the distance map of the box around the tumour that holds every voxel within reach
+   *  mm of it; made again only for another organ or tumour or a farther reach. */
   void
-  UpdateDistanceMap(const Image * organ, const Image * tumour);
+  UpdateDistanceMap(const Image * organ, const Image * tumour, double reach);
 
   double m_MarginWidth{ 10.0 };
+  double m_DistanceMapReach{ 20.0 };
   unsigned int m_NumberOfDistanceMapComputations{ 0 };
-  // The distance map covers the bounding box of organ and tumour voxels: every voxel that can be in the zone.
+  // The distance map covers the tumour's bounding box widened by the reach: every voxel that can be in the zone of
+  // a margin up to the reach. Nearest tumour voxels all lie in the box, so its distances are exact.
   const void * m_MapOrgan{ nullptr };
   itk::ModifiedTimeType m_MapOrganTime{ 0 };
   const void * m_MapTumour{ nullptr };
   itk::ModifiedTimeType m_MapTumourTime{ 0 };
+  double m_MapReach{ 0.0 };
   std::size_t m_BoxStart[3]{ 0, 0, 0 };
   std::size_t m_BoxSize[3]{ 0, 0, 0 };
   /** Squared distance in mm² of each box voxel's centre to the nearest tumour voxel's centre. */

@@ -257,16 +257,9 @@ VascularTerritoryRPG::TerritoriesOf(Territories & cache, const VesselTreeData * 
   classifier->cumputeSuppliedTissue();
 
   const auto * ids = static_cast<const std::uint16_t *>(classifier->getVesselIDVolume()->getPic()->data);
-  const auto * organVoxels = static_cast<const unsigned char *>(organ->GetData());
-  const std::size_t voxels = organ->GetNumberOfVoxels();
-  cache.ids.reserve(
-    static_cast<std::size_t>(std::count_if(organVoxels, organVoxels + voxels, [](unsigned char v) { return v != 0; })));
-  for (std::size_t i = 0; i < voxels; ++i)
+  for (const OrganRun & run : this->OrganRuns())
   {
-    if (organVoxels[i] != 0)
-    {
-      cache.ids.push_back(ids[i]);
-    }
+    cache.ids.insert(cache.ids.end(), ids + run.start, ids + run.start + run.length);
   }
   cache.organ = organ;
   cache.organTime = organ->GetMTime();
@@ -274,6 +267,28 @@ VascularTerritoryRPG::TerritoriesOf(Territories & cache, const VesselTreeData * 
   cache.treeTime = data->GetMTime();
   ++m_NumberOfTerritoryComputations;
   return cache.ids;
+}
+
+const std::vector<VascularTerritoryRPG::OrganRun> &
+VascularTerritoryRPG::OrganRuns()
+{
+  const Image * organ = this->CheckedOrgan();
+  if (m_RunsOrgan == organ && m_RunsOrganTime == organ->GetMTime())
+  {
+    return m_OrganRuns;
+  }
+  m_OrganRuns.clear();
+  const auto * voxels = static_cast<const unsigned char *>(organ->GetData());
+  const auto * end = voxels + organ->GetNumberOfVoxels();
+  for (const auto * first = std::find_if(voxels, end, [](unsigned char v) { return v != 0; }); first != end;)
+  {
+    const auto * last = std::find(first, end, static_cast<unsigned char>(0));
+    m_OrganRuns.push_back({ static_cast<std::size_t>(first - voxels), static_cast<std::size_t>(last - first) });
+    first = std::find_if(last, end, [](unsigned char v) { return v != 0; });
+  }
+  m_RunsOrgan = organ;
+  m_RunsOrganTime = organ->GetMTime();
+  return m_OrganRuns;
 }
 
 std::vector<std::uint8_t>
@@ -312,11 +327,13 @@ VascularTerritoryRPG::FinishResectionImage(const Image * organ, std::size_t tumo
 {
   Image * output = this->GetResectionImage();
   const auto * labels = static_cast<const unsigned char *>(output->GetData());
-  const std::size_t voxels = output->GetNumberOfVoxels();
   std::fill(std::begin(m_Counts), std::end(m_Counts), 0);
-  for (std::size_t i = 0; i < voxels; ++i)
+  for (const OrganRun & run : this->OrganRuns())
   {
-    ++m_Counts[labels[i] < 5 ? labels[i] : 0];
+    for (std::size_t i = run.start; i < run.start + run.length; ++i)
+    {
+      ++m_Counts[labels[i] < 5 ? labels[i] : 0];
+    }
   }
   m_NumberOfOrganVoxels = m_Counts[RemnantLabel] + m_Counts[ResectedLabel] + m_Counts[AtRiskLabel];
   m_NumberOfTumourVoxels = tumourVoxelsInOrgan;

@@ -114,6 +114,17 @@ protected:
   const std::vector<std::uint16_t> &
   HepaticTerritories();
 
+  /** A stretch of organ voxels along x: first voxel index and count. */
+  struct OrganRun
+  {
+    std::size_t start;
+    std::size_t length;
+  };
+  /** The runs of organ voxels in scan order (kept per organ): the voxels that the territories list, in their
+   *  order, so that labelling loops skip the background. */
+  const std::vector<OrganRun> &
+  OrganRuns();
+
   /** A table from vessel id (low 16 bits) to value(vessel), for every vessel of the tree in pre-order (of two
    *  vessels sharing an id the later wins; ids no vessel owns give 0). */
   static std::vector<std::uint8_t>
@@ -159,6 +170,9 @@ private:
   unsigned int m_NumberOfTerritoryComputations{ 0 };
   Territories m_Portal;
   Territories m_Hepatic;
+  const void * m_RunsOrgan{ nullptr };
+  itk::ModifiedTimeType m_RunsOrganTime{ 0 };
+  std::vector<OrganRun> m_OrganRuns;
 };
 } // namespace lumo
 

@@ -253,6 +253,12 @@ TEST(SafetyMarginRPG, MarginReachingAVesselPointCutsItsWholeSubtree)
   second->Update();
   EXPECT_EQ(labelsOf(second), "333333333222222222220");
 
+  // Run again with the same margin: the statuses come out the same, so the tree is not marked modified again.
+  const itk::ModifiedTimeType treeTime = portal.data->GetMTime();
+  generator->Modified();
+  generator->Update();
+  EXPECT_EQ(portal.data->GetMTime(), treeTime);
+
   // Only the margin changed: one distance map and one territory labelling served both updates.
   EXPECT_EQ(generator->GetNumberOfDistanceMapComputations(), 1u);
   EXPECT_EQ(generator->GetNumberOfTerritoryComputations(), 1u);
@@ -345,33 +351,39 @@ TEST(SafetyMarginRPG, ZoneMatchesBruteForceDistancesOnAnAnisotropicGrid)
     tumourData[seed[0] + n[0] * (seed[1] + n[1] * seed[2])] = 1;
   }
   HandTree portal = makeTree({ { -1, 1, PortalVein, UndefinedResectionStatus, { 100 } } });
-  auto generator = marginGenerator(organ, tumour, portal.data, 0.0);
-  for (double margin : { 0.0, 0.7, 1.3, 1.5, 2.1, 2.5, 3.0, 4.2, 6.0 })
+  // Once with the default reach (one map for all margins), once with a map that reaches 1 mm only, so that the box
+  // around the tumour is narrow and is widened for each larger margin.
+  for (double reach : { 20.0, 1.0 })
   {
-    generator->SetMarginWidth(margin);
-    generator->Update();
-    const auto * labels = static_cast<const unsigned char *>(generator->GetResectionImage()->GetData());
-    std::size_t i = 0;
-    for (unsigned int z = 0; z < n[2]; ++z)
+    auto generator = marginGenerator(organ, tumour, portal.data, 0.0);
+    generator->SetDistanceMapReach(reach);
+    for (double margin : { 0.0, 0.7, 1.3, 1.5, 2.1, 2.5, 3.0, 4.2, 6.0, 30.0 })
     {
-      for (unsigned int y = 0; y < n[1]; ++y)
+      generator->SetMarginWidth(margin);
+      generator->Update();
+      const auto * labels = static_cast<const unsigned char *>(generator->GetResectionImage()->GetData());
+      std::size_t i = 0;
+      for (unsigned int z = 0; z < n[2]; ++z)
       {
-        for (unsigned int x = 0; x < n[0]; ++x, ++i)
+        for (unsigned int y = 0; y < n[1]; ++y)
         {
-          bool within = false;
-          for (const auto & seed : seeds)
+          for (unsigned int x = 0; x < n[0]; ++x, ++i)
           {
-            const double dx = (static_cast<double>(x) - seed[0]) * s[0];
-            const double dy = (static_cast<double>(y) - seed[1]) * s[1];
-            const double dz = (static_cast<double>(z) - seed[2]) * s[2];
-            within = within || std::sqrt(dx * dx + dy * dy + dz * dz) <= margin + 1e-9;
+            bool within = false;
+            for (const auto & seed : seeds)
+            {
+              const double dx = (static_cast<double>(x) - seed[0]) * s[0];
+              const double dy = (static_cast<double>(y) - seed[1]) * s[1];
+              const double dz = (static_cast<double>(z) - seed[2]) * s[2];
+              within = within || std::sqrt(dx * dx + dy * dy + dz * dz) <= margin + 1e-9;
+            }
+            ASSERT_EQ(labels[i], within ? 3 : 2) << "margin " << margin << " voxel " << x << ", " << y << ", " << z;
           }
-          ASSERT_EQ(labels[i], within ? 3 : 2) << "margin " << margin << " voxel " << x << ", " << y << ", " << z;
         }
       }
     }
+    EXPECT_EQ(generator->GetNumberOfDistanceMapComputations(), reach == 20.0 ? 2u : 9u);
   }
-  EXPECT_EQ(generator->GetNumberOfDistanceMapComputations(), 1u);
 }
 
 TEST(SafetyMarginRPG, DescriptorNamesVolumesSurfacesAndColours)
