@@ -73,11 +73,12 @@ SkeletonizationBasedImageToVesselTreeFilter::GenerateData()
       itkWarningMacro(<< m_NumberOfLeftOutParts << " skeleton part(s) with " << m_NumberOfLeftOutVoxels
                       << " voxel(s) not connected to the start point were left out");
     }
-    VesselTreeData * output = this->GetOutput(i);
-    output->initialize(tree);
-
+    // Index to world in place on a working object that the transform may take over; the output then holds the
+    // same (moved) tree and stays this filter's.
+    auto voxelTree = VesselTreeData::New();
+    voxelTree->initialize(tree);
     auto transform = TransformVesselTreeFilter::New();
-    transform->SetInput(output);
+    transform->SetInput(voxelTree);
     transform->SetInPlace(true);
     transform->SetVtkTransform(image->GetGeometry()->GetVtkTransform());
     const Vector3D spacing = image->GetGeometry()->GetSpacing();
@@ -88,6 +89,7 @@ SkeletonizationBasedImageToVesselTreeFilter::GenerateData()
     }
     transform->DeductSpacingFromTransform(floatSpacing);
     transform->Update();
+    this->GetOutput(i)->initialize(tree);
 
     lumoIpPicFree(pic);
     lumoIpPicFree(skeletonizer->getBinaryPic());

@@ -123,15 +123,17 @@ TransformVesselTreeFilter::GenerateData()
     }
   }
 
-  VesselTreeData * output = this->GetOutput();
   if (m_InPlace)
   {
-    // The input carries the result; the output shares its trees and state. Replacing the output object itself
-    // would tear the input away from the pipeline that produced it.
+    // The input object itself becomes the output, so that a pick or a label on the one is the other's. The filter
+    // lets go of it as input: the object's source is now this filter, and a pipeline through it would loop (each
+    // update would transform the points again).
     input->TopologyModified();
-    output->Graft(input);
+    this->SetNthOutput(0, input);
+    this->SetNthInput(0, nullptr);
     return;
   }
+  VesselTreeData * output = this->GetOutput();
   output->SetVesselTreeData(working, 0);
   output->SetActivationMode(input->GetActivationMode(0), 0);
   VesselTreeOperation select(VesselTreeOperation::Select, input->GetPickedVesselId(0));

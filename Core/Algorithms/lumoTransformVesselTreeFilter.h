@@ -31,7 +31,8 @@ public:
   itkNewMacro(Self);
   itkTypeMacro(TransformVesselTreeFilter, VesselTreeToVesselTreeFilter);
 
-  /** Transform the input's own tree instead of a copy; default false. */
+  /** Transform the input's own tree instead of a copy; default false. In place, the input object itself becomes
+   *  the output and leaves the filter's inputs (as an in-place image filter consumes its input). */
   itkSetMacro(InPlace, bool);
   itkGetConstMacro(InPlace, bool);
   itkBooleanMacro(InPlace);

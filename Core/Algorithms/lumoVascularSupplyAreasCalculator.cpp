@@ -16,7 +16,6 @@ namespace lumo
 {
 namespace
 {
-const char * const sourcePath = "Core/Algorithms/lumoVascularSupplyAreasCalculator.cpp";
 const char * const generateDataSignature = "void lumo::VascularSupplyAreasCalculator::GenerateData()";
 
 /** A Pic descriptor that shows the image's own voxels instead of a copy (the organ is read only), so that the
@@ -134,7 +133,7 @@ VascularSupplyAreasCalculator::Warn(int line, const char * message) const
     return;
   }
   std::ostringstream text;
-  text << "WARNING: In " << sourcePath << ", line " << line << "\n"
+  text << "WARNING: In " << __FILE__ << ", line " << line << "\n"
        << this->GetNameOfClass() << " (" << this << "): " << message << "\n\n";
   itk::OutputWindowDisplayWarningText(text.str().c_str());
 }
@@ -145,28 +144,28 @@ VascularSupplyAreasCalculator::GenerateData()
   const Image * organ = this->GetOrganSegmentation();
   if (organ == nullptr || !organ->IsInitialized())
   {
-    throw itk::ExceptionObject(sourcePath, __LINE__, "No valid organ segmentation found", generateDataSignature);
+    throw itk::ExceptionObject(__FILE__, __LINE__, "No valid organ segmentation found", generateDataSignature);
   }
   BorrowedPic organPic(organ);
   if (organPic.pic->dim != 3)
   {
-    throw itk::ExceptionObject(sourcePath, __LINE__, "Organ segmentation has wrong dimension", generateDataSignature);
+    throw itk::ExceptionObject(__FILE__, __LINE__, "Organ segmentation has wrong dimension", generateDataSignature);
   }
   if (organPic.pic->type != lumoIpPicUInt || organPic.pic->bpe != 8)
   {
     throw itk::ExceptionObject(
-      sourcePath, __LINE__, "Organ segmentation has wrong type ( should be lumoIpUInt1_t)", generateDataSignature);
+      __FILE__, __LINE__, "Organ segmentation has wrong type ( should be lumoIpUInt1_t)", generateDataSignature);
   }
   const VesselTreeData * treeData = this->GetVesselTree();
   if (treeData == nullptr)
   {
     throw itk::InvalidArgumentError(
-      sourcePath, __LINE__, "VascularSupplyAreasCalculator: No VesselTreeData found", generateDataSignature);
+      __FILE__, __LINE__, "VascularSupplyAreasCalculator: No VesselTreeData found", generateDataSignature);
   }
   ArVesselTree tree = treeData->GetVesselTreeData(0);
   if (tree.isNull())
   {
-    throw itk::InvalidArgumentError(sourcePath,
+    throw itk::InvalidArgumentError(__FILE__,
                                     __LINE__,
                                     "VascularSupplyAreasCalculator: No legacy vessel tree found inside VesselTreeData",
                                     generateDataSignature);

@@ -28,6 +28,14 @@ VesselTreeData::VesselTreeData(const VesselTreeData & other)
 
 VesselTreeData::~VesselTreeData() = default;
 
+itk::LightObject::Pointer
+VesselTreeData::InternalClone() const
+{
+  Pointer copy = new VesselTreeData(*this);
+  copy->UnRegister();
+  return copy.GetPointer();
+}
+
 std::string
 VesselTreeData::GetNameOfBloodVesselType(std::int32_t type)
 {

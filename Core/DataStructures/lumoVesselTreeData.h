@@ -156,6 +156,10 @@ protected:
   VesselTreeData();
   ~VesselTreeData() override;
 
+  /** Clone() is the shallow copy of the copy constructor (shared trees, copied geometry). */
+  itk::LightObject::Pointer
+  InternalClone() const override;
+
   void
   PrintSelf(std::ostream & os, itk::Indent indent) const override;
 

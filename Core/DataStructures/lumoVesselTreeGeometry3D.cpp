@@ -64,6 +64,16 @@ VesselTreeGeometry3D::UpdateBounds()
 }
 
 void
+VesselTreeGeometry3D::CopyValuesTo(Geometry3D * other) const
+{
+  Superclass::CopyValuesTo(other);
+  if (auto * vesselGeometry = dynamic_cast<VesselTreeGeometry3D *>(other))
+  {
+    vesselGeometry->m_Tree = m_Tree;
+  }
+}
+
+void
 VesselTreeGeometry3D::PrintSelf(std::ostream & os, itk::Indent indent) const
 {
   Superclass::PrintSelf(os, indent);

@@ -42,6 +42,10 @@ protected:
   VesselTreeGeometry3D();
   ~VesselTreeGeometry3D() override;
 
+  /** A copy shares the tree (trees are reference counted), so that its bounds follow the tree as the
+   *  original's do. */
+  void
+  CopyValuesTo(Geometry3D * other) const override;
   void
   PrintSelf(std::ostream & os, itk::Indent indent) const override;
 

@@ -85,7 +85,7 @@ TEST(TransformVesselTreeFilter, ScalingMovesPointsAndKeepsDiameters)
   EXPECT_EQ(pointsOf(*input)[0], (VesselPoint{ 1, 2, 3, 4 }));
 }
 
-TEST(TransformVesselTreeFilter, InPlaceChangesTheInputTreeAndTheOutputSharesIt)
+TEST(TransformVesselTreeFilter, InPlaceTheInputObjectBecomesTheOutput)
 {
   auto input = makeData();
   const ArVesselTree tree = input->GetVesselTreeData(0);
@@ -98,10 +98,45 @@ TEST(TransformVesselTreeFilter, InPlaceChangesTheInputTreeAndTheOutputSharesIt)
   filter->GetTranslation(translation);
   EXPECT_EQ(translation[0], 1.0f);
   EXPECT_EQ(translation[2], 3.0f);
+  lumotest::WarningCapture capture;
   filter->Update();
+  ASSERT_EQ(filter->GetOutput(), input.GetPointer());
   EXPECT_EQ(input->GetVesselTreeData(0), tree);
   EXPECT_EQ(pointsOf(*input)[0], (VesselPoint{ 2, 3, 6, 4 }));
-  EXPECT_EQ(filter->GetOutput()->GetVesselTreeData(0), tree);
+  // Bounds follow the moved points.
+  EXPECT_DOUBLE_EQ(input->GetUpdatedGeometry()->GetBounds()[5], 33.0);
+
+  // A pick on the input is the output's.
+  VesselTreeOperation select(705, 2);
+  input->ExecuteOperation(&select);
+  EXPECT_EQ(filter->GetOutput()->GetPickedVesselId(0), 2);
+
+  // Updating again moves nothing twice: the object does not feed the filter that now produces it.
+  filter->GetOutput()->Update();
+  filter->Update();
+  EXPECT_EQ(pointsOf(*input)[0], (VesselPoint{ 2, 3, 6, 4 }));
+  EXPECT_TRUE(capture.texts().empty());
+}
+
+TEST(VesselTreeDataGraft, AGraftOrCopyKeepsBoundsWithTheTreeAndWarnsNothing)
+{
+  auto original = makeData();
+  lumotest::WarningCapture capture;
+  auto graft = VesselTreeData::New();
+  graft->Graft(original);
+  auto copy = original->Clone();
+  for (VesselTreeData * data : { graft.GetPointer(), copy.GetPointer() })
+  {
+    data->GetGeometry()->UpdateBounds();
+    const auto bounds = data->GetGeometry()->GetBounds();
+    EXPECT_DOUBLE_EQ(bounds[0], -1.5);
+    EXPECT_DOUBLE_EQ(bounds[5], 30.0);
+  }
+  // The geometry's copy holds the tree, so a change of the points reaches the copy's bounds too.
+  original->GetVesselTreeData(0)->getRoot()->setPoint(0, { -7, 2, 3, 4 });
+  graft->GetGeometry()->UpdateBounds();
+  EXPECT_DOUBLE_EQ(graft->GetGeometry()->GetBounds()[0], -7.0);
+  EXPECT_TRUE(capture.texts().empty()) << capture.texts()[0];
 }
 
 TEST(TransformVesselTreeFilter, DeductingTheSpacingLeavesIndexToWorld)

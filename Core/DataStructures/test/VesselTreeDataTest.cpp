@@ -317,8 +317,8 @@ TEST(VesselTreeDataWarnings, TheFullFormatCarriesFileLineClassAndAddress)
   const std::string & text = capture.texts()[0];
   std::ostringstream address;
   address << static_cast<const void *>(empty.GetPointer());
-  EXPECT_EQ(text.rfind("WARNING: In ", 0), 0u);
-  EXPECT_NE(text.find("lumoVesselTreeData.cpp, line "), std::string::npos);
+  // The file is named from the repository's root, wherever the project was built.
+  EXPECT_EQ(text.rfind("WARNING: In Core/DataStructures/lumoVesselTreeData.cpp, line ", 0), 0u) << text;
   EXPECT_NE(text.find("\nVesselTreeData (" + address.str() + "): vessel map at timestep 0 is empty!\n\n"),
             std::string::npos);
 }
