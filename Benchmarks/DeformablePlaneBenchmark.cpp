@@ -243,7 +243,7 @@ main(int argc, char ** argv)
   {
     const double labellings = summary.value("BM_PlaneResectionAfterDrag", "labellings");
     std::printf("\nResection along the curved cut with portal and hepatic trees:\n"
-                "  after a dragged control point: %.1f ms (goal < 300 ms: %s), %.3fx the first update (%.1f ms, "
+                "  recompute after a drag: %.1f ms (goal < 300: %s), %.3fx the first update (%.1f ms, "
                 "with the nearest-point labelling); labellings computed: %.0f\n",
                 drag,
                 drag < 300.0 ? "met" : "MISSED",
