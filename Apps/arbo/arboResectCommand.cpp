@@ -15,7 +15,6 @@
 
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
-#include <tinyxml2.h>
 
 #include <algorithm>
 #include <cmath>
@@ -201,15 +200,14 @@ copyOf(const lumo::Image * image)
 void
 writeProposal(const lumo::ResectionProposalDescriptorProperty & descriptor, const std::string & path)
 {
-  writeAtomically(path, [&](const std::string & temporary) {
-    tinyxml2::XMLDocument document;
-    document.InsertEndChild(document.NewDeclaration());
-    document.InsertEndChild(lumo::ResectionProposalDescriptorPropertySerializer::PropertyToXML(descriptor, document));
-    if (document.SaveFile(temporary.c_str()) != tinyxml2::XML_SUCCESS)
-    {
-      throw Error(path, "cannot be written");
-    }
-  });
+  try
+  {
+    lumo::WriteResectionProposalDescriptorFile(descriptor, path);
+  }
+  catch (const itk::ExceptionObject & e)
+  {
+    throw Error(path, e.GetDescription());
+  }
 }
 
 /** Writes every file of every result; when one fails, the files this run already wrote are removed again. */

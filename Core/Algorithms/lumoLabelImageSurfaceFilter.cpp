@@ -139,10 +139,10 @@ CutOutLabel(const T * voxels, const Image::SizeType & size, const Vector3D & spa
     for (long y = box.Min[1]; y <= box.Max[1]; ++y)
     {
       const T * row = voxels + (z * ny + y) * nx;
-      unsigned char * outRow = out + ((z - lo[2]) * dims[1] + (y - lo[1])) * dims[0] - lo[0];
+      unsigned char * outRow = out + ((z - lo[2]) * dims[1] + (y - lo[1])) * dims[0] + (box.Min[0] - lo[0]);
       for (long x = box.Min[0]; x <= box.Max[0]; ++x)
       {
-        outRow[x] = row[x] == label ? 1 : 0;
+        outRow[x - box.Min[0]] = row[x] == label ? 1 : 0;
       }
     }
   }

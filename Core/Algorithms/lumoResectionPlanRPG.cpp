@@ -6,8 +6,6 @@ namespace lumo
 {
 namespace
 {
-const char * const sourcePath = "Core/Algorithms/lumoResectionPlanRPG.cpp";
-
 /** Label 3 or 4 for a vessel of that status, 0 for any other. */
 std::uint8_t
 plannedLabel(const Vessel & vessel)
@@ -39,8 +37,7 @@ ResectionPlanRPG::GenerateData()
   };
   if (!marked(portalPlan) && !marked(hepaticPlan))
   {
-    throw itk::InvalidArgumentError(
-      sourcePath, __LINE__, "No vessel is marked to be resected or at risk", ITK_LOCATION);
+    throw itk::InvalidArgumentError(__FILE__, __LINE__, "No vessel is marked to be resected or at risk", ITK_LOCATION);
   }
 
   const std::vector<std::uint16_t> & portalIds = this->PortalTerritories();

@@ -14,8 +14,6 @@ namespace lumo
 {
 namespace
 {
-const char * const sourcePath = "Core/Algorithms/lumoSafetyMarginRPG.cpp";
-
 /** Stands for "no tumour voxel on this line" in the distance transform: finite, so that the envelope arithmetic
  *  stays free of infinities, and far above any squared distance in a scan. */
 constexpr double farAway = 1e20;
@@ -100,14 +98,14 @@ SafetyMarginRPG::CheckedTumour(const Image * organ)
   const auto * tumour = dynamic_cast<const Image *>(this->GetSafetyMargin());
   if (tumour == nullptr || !tumour->IsInitialized())
   {
-    throw itk::InvalidArgumentError(sourcePath, __LINE__, "No tumour mask set", ITK_LOCATION);
+    throw itk::InvalidArgumentError(__FILE__, __LINE__, "No tumour mask set", ITK_LOCATION);
   }
   const std::string differ = "Tumour mask and organ segmentation differ in ";
   const auto size = tumour->GetSize();
   const auto organSize = organ->GetSize();
   if (tumour->GetDimension() != 3 || size != organSize)
   {
-    throw itk::InvalidArgumentError(sourcePath,
+    throw itk::InvalidArgumentError(__FILE__,
                                     __LINE__,
                                     differ + "size (" + triple(size[0], size[1], size[2], " x ") + " vs " +
                                       triple(organSize[0], organSize[1], organSize[2], " x ") + ")",
@@ -121,7 +119,7 @@ SafetyMarginRPG::CheckedTumour(const Image * organ)
   {
     if (!near(spacing[a], organSpacing[a]))
     {
-      throw itk::InvalidArgumentError(sourcePath,
+      throw itk::InvalidArgumentError(__FILE__,
                                       __LINE__,
                                       differ + "spacing (" + triple(spacing[0], spacing[1], spacing[2], ", ") + " vs " +
                                         triple(organSpacing[0], organSpacing[1], organSpacing[2], ", ") + " mm)",
@@ -132,7 +130,7 @@ SafetyMarginRPG::CheckedTumour(const Image * organ)
   {
     if (!near(origin[a], organOrigin[a]))
     {
-      throw itk::InvalidArgumentError(sourcePath,
+      throw itk::InvalidArgumentError(__FILE__,
                                       __LINE__,
                                       differ + "origin (" + triple(origin[0], origin[1], origin[2], ", ") + " vs " +
                                         triple(organOrigin[0], organOrigin[1], organOrigin[2], ", ") + " mm)",
@@ -145,7 +143,7 @@ SafetyMarginRPG::CheckedTumour(const Image * organ)
     {
       if (!near(tumour->GetDirection()[r][c], organ->GetDirection()[r][c]))
       {
-        throw itk::InvalidArgumentError(sourcePath, __LINE__, differ + "direction", ITK_LOCATION);
+        throw itk::InvalidArgumentError(__FILE__, __LINE__, differ + "direction", ITK_LOCATION);
       }
     }
   }
@@ -279,7 +277,7 @@ SafetyMarginRPG::GenerateData()
   const Image * organ = this->CheckedOrgan();
   if (!(m_MarginWidth >= 0.0) || !std::isfinite(m_MarginWidth))
   {
-    throw itk::InvalidArgumentError(sourcePath, __LINE__, "Negative safety margin", ITK_LOCATION);
+    throw itk::InvalidArgumentError(__FILE__, __LINE__, "Negative safety margin", ITK_LOCATION);
   }
   const Image * tumour = this->CheckedTumour(organ);
   ArVesselTree portal = this->CheckedPortalTree();
@@ -288,11 +286,11 @@ SafetyMarginRPG::GenerateData()
   this->UpdateDistanceMap(organ, tumour, std::max(m_MarginWidth, m_DistanceMapReach));
   if (m_TumourVoxels == 0)
   {
-    throw itk::InvalidArgumentError(sourcePath, __LINE__, "Tumour mask holds no tumour voxel", ITK_LOCATION);
+    throw itk::InvalidArgumentError(__FILE__, __LINE__, "Tumour mask holds no tumour voxel", ITK_LOCATION);
   }
   if (m_TumourVoxelsInOrgan == 0)
   {
-    throw itk::InvalidArgumentError(sourcePath, __LINE__, "Tumour lies entirely outside the organ", ITK_LOCATION);
+    throw itk::InvalidArgumentError(__FILE__, __LINE__, "Tumour lies entirely outside the organ", ITK_LOCATION);
   }
 
   // Territories before the statuses change: they depend on the trees' points only.

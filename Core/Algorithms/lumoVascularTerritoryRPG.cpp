@@ -19,8 +19,6 @@ namespace lumo
 {
 namespace
 {
-const char * const sourcePath = "Core/Algorithms/lumoVascularTerritoryRPG.cpp";
-
 /** A Pic descriptor over the organ's own voxels (read only), so that no second organ volume is held. */
 struct BorrowedPic
 {
@@ -134,12 +132,12 @@ VascularTerritoryRPG::CheckedOrgan()
   const auto * organ = dynamic_cast<const Image *>(this->GetInput(0));
   if (organ == nullptr || !organ->IsInitialized())
   {
-    throw itk::InvalidArgumentError(sourcePath, __LINE__, "No organ segmentation set", ITK_LOCATION);
+    throw itk::InvalidArgumentError(__FILE__, __LINE__, "No organ segmentation set", ITK_LOCATION);
   }
   if (organ->GetDimension() != 3 || organ->GetPixelType() != itk::IOComponentEnum::UCHAR)
   {
     throw itk::InvalidArgumentError(
-      sourcePath, __LINE__, "Organ segmentation must be a 3-D unsigned 8-bit image", ITK_LOCATION);
+      __FILE__, __LINE__, "Organ segmentation must be a 3-D unsigned 8-bit image", ITK_LOCATION);
   }
   return organ;
 }
@@ -151,12 +149,12 @@ VascularTerritoryRPG::CheckedPortalTree()
   ArVesselTree tree = data == nullptr ? ArVesselTree() : data->GetVesselTreeData(0);
   if (tree.isNull())
   {
-    throw itk::InvalidArgumentError(sourcePath, __LINE__, "No portal tree set", ITK_LOCATION);
+    throw itk::InvalidArgumentError(__FILE__, __LINE__, "No portal tree set", ITK_LOCATION);
   }
   if (!hasSupplyingVessel(tree, PortalVein))
   {
     throw itk::InvalidArgumentError(
-      sourcePath, __LINE__, "Portal tree holds no portal vein with centre-line points", ITK_LOCATION);
+      __FILE__, __LINE__, "Portal tree holds no portal vein with centre-line points", ITK_LOCATION);
   }
   return tree;
 }
@@ -173,7 +171,7 @@ VascularTerritoryRPG::CheckedHepaticTree()
   if (tree.isNull() || !hasSupplyingVessel(tree, HepaticVein))
   {
     throw itk::InvalidArgumentError(
-      sourcePath, __LINE__, "Hepatic tree holds no hepatic vein with centre-line points", ITK_LOCATION);
+      __FILE__, __LINE__, "Hepatic tree holds no hepatic vein with centre-line points", ITK_LOCATION);
   }
   return tree;
 }
