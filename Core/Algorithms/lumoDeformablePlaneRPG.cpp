@@ -176,8 +176,6 @@ DeformablePlaneRPG::GenerateData()
   {
     throw itk::InvalidArgumentError(sourcePath, __LINE__, "The cutting plane misses the organ", ITK_LOCATION);
   }
-  const auto * organVoxels = static_cast<const unsigned char *>(organ->GetData());
-  const std::size_t voxels = organ->GetNumberOfVoxels();
 
   // Nearest points before the statuses change: they depend on the trees' points only.
   const VesselTreeData * portalData = this->GetVesselTree();
@@ -249,9 +247,9 @@ DeformablePlaneRPG::GenerateData()
     statusesWritten(hepaticData, m_HepaticPoints);
   }
 
-  // The territories hold one point index per organ voxel, in scan order: k counts the organ voxels.
   // The side test writes 3 and 2 straight into the resection image; remnant voxels whose supply or drainage was
-  // cut become 4. The territories hold one point index per organ voxel, in scan order: k counts the organ voxels.
+  // cut become 4. The territories hold one point index per organ voxel, in scan order (k counts the organ
+  // voxels); walking the organ's runs skips the background instead of reading the whole mask again.
   unsigned char * labels = this->StartResectionImage(organ);
   plane->LabelSides(organ,
                     organ,
@@ -259,18 +257,18 @@ DeformablePlaneRPG::GenerateData()
                     resected > 0 ? ResectedLabel : RemnantLabel,
                     resected > 0 ? RemnantLabel : ResectedLabel,
                     RemnantLabel);
-  for (std::size_t i = 0, k = 0; i < voxels; ++i)
+  const bool withHepatic = !hepaticLost.empty();
+  std::size_t k = 0;
+  for (const OrganRun & run : this->OrganRuns())
   {
-    if (organVoxels[i] == 0)
+    for (std::size_t i = run.start; i < run.start + run.length; ++i, ++k)
     {
-      continue;
+      if (labels[i] == RemnantLabel &&
+          (portalLost[portalNearest[k]] != 0 || (withHepatic && hepaticLost[hepaticNearest[k]] != 0)))
+      {
+        labels[i] = AtRiskLabel;
+      }
     }
-    if (labels[i] == RemnantLabel &&
-        (portalLost[portalNearest[k]] != 0 || (!hepaticLost.empty() && hepaticLost[hepaticNearest[k]] != 0)))
-    {
-      labels[i] = AtRiskLabel;
-    }
-    ++k;
   }
   this->FinishResectionImage(organ, tumourInOrgan);
 }
