@@ -18,6 +18,7 @@ struct ViewOptions
   std::vector<std::string> files;
   std::string size{ "1024x768" };
   std::string view{ "front" };
+  std::string plane;
 };
 
 void
@@ -26,6 +27,7 @@ runView(const ViewOptions & options, Context & context)
   Viewer::Options viewerOptions;
   viewerOptions.files = options.files;
   viewerOptions.view = options.view;
+  viewerOptions.plane = options.plane;
   parseSize(options.size, viewerOptions.width, viewerOptions.height);
   std::string why;
   if (!lumo::IsDisplayAvailable(&why))
@@ -47,8 +49,14 @@ addViewCommand(CLI::App & app, Context & context)
                   Viewer::helpText() +
                   "\n\nEdited trees are saved beside the originals as NAME.edited.ves; the originals are only\n"
                   "overwritten after pressing S twice.\n\n"
-                  "Example:\n"
-                  "  arbo view portal.ves hepatic.ves organ.nrrd");
+                  "With a cutting plane (--plane, or o in the window) its control points are handles to drag; on\n"
+                  "release the resection is computed again (the organ is the mask, the first tree the portal\n"
+                  "tree, a second one the hepatic tree) and the status line shows the remnant, resected and\n"
+                  "at-risk volumes and the FLR. s saves the plane as ORGAN.plane.mps and the trees with their\n"
+                  "resection statuses as NAME.edited.ves.\n\n"
+                  "Examples:\n"
+                  "  arbo view portal.ves hepatic.ves organ.nrrd\n"
+                  "  arbo view organ.nrrd portal.ves --plane cut.mps");
   command->add_option("files", options->files, "Vessel trees (.ves), masks and label images")
     ->required()
     ->check(CLI::ExistingFile);
@@ -58,6 +66,8 @@ addViewCommand(CLI::App & app, Context & context)
   command->add_option("--view", options->view, "Direction of view at the start")
     ->capture_default_str()
     ->check(CLI::IsMember(viewNames()));
+  command->add_option("--plane", options->plane, "Control points of a cutting plane to edit (.mps)")
+    ->check(CLI::ExistingFile);
   command->callback([options, &context]() { runView(*options, context); });
 }
 } // namespace arbo
