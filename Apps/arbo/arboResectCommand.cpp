@@ -3,8 +3,10 @@
 #include "arboAtomicFile.h"
 #include "arboError.h"
 #include "arboFiles.h"
+#include "arboScene.h"
 
 #include "lumoImage.h"
+#include "lumoDeformablePlaneRPG.h"
 #include "lumoImageIO.h"
 #include "lumoResectionPlanRPG.h"
 #include "lumoResectionProposalDescriptorPropertySerializer.h"
@@ -42,6 +44,8 @@ struct ResectOptions
   bool plan{ false };
   std::string tumour;
   std::string margins;
+  std::string plane;
+  std::string resectSide;
   std::string output;
   std::string surfaces;
   std::string surfaceFormat{ "vtp" };
@@ -74,6 +78,9 @@ struct Result
   std::size_t voxels[5]{ 0, 0, 0, 0, 0 };
   std::size_t tumourVoxels{ 0 };
   double flr{ 0.0 };
+  /** Whether the tumour row and the tumour's share of the FLR belong in the table. */
+  bool withTumour{ false };
+  std::vector<std::string> notes;
 };
 
 std::string
@@ -144,6 +151,60 @@ readImage(const std::string & path, const std::string & what)
   return image;
 }
 
+/** The plane generator compares only sizes: the whole grid is checked here, in the words of the margin mode. */
+void
+checkSameGrid(const lumo::Image & tumour, const lumo::Image & organ, const std::string & tumourPath)
+{
+  const auto text = [](auto a, auto b, auto c, const char * separator) {
+    std::ostringstream out;
+    out.imbue(std::locale::classic());
+    out << a << separator << b << separator << c;
+    return out.str();
+  };
+  const auto near = [](double a, double b) { return std::abs(a - b) <= 1e-6 * std::max(1.0, std::abs(b)); };
+  const std::string differ = "lies on another grid than the organ: they differ in ";
+  const auto size = tumour.GetSize();
+  const auto organSize = organ.GetSize();
+  if (tumour.GetDimension() != 3 || size != organSize)
+  {
+    throw Error(tumourPath,
+                differ + "size (" + text(size[0], size[1], size[2], " x ") + " vs " +
+                  text(organSize[0], organSize[1], organSize[2], " x ") + ")");
+  }
+  const lumo::Vector3D spacing = tumour.GetSpacing();
+  const lumo::Vector3D organSpacing = organ.GetSpacing();
+  const lumo::Point3D origin = tumour.GetOrigin();
+  const lumo::Point3D organOrigin = organ.GetOrigin();
+  for (unsigned int a = 0; a < 3; ++a)
+  {
+    if (!near(spacing[a], organSpacing[a]))
+    {
+      throw Error(tumourPath,
+                  differ + "spacing (" + text(spacing[0], spacing[1], spacing[2], ", ") + " vs " +
+                    text(organSpacing[0], organSpacing[1], organSpacing[2], ", ") + " mm)");
+    }
+  }
+  for (unsigned int a = 0; a < 3; ++a)
+  {
+    if (!near(origin[a], organOrigin[a]))
+    {
+      throw Error(tumourPath,
+                  differ + "origin (" + text(origin[0], origin[1], origin[2], ", ") + " vs " +
+                    text(organOrigin[0], organOrigin[1], organOrigin[2], ", ") + " mm)");
+    }
+  }
+  for (unsigned int r = 0; r < 3; ++r)
+  {
+    for (unsigned int c = 0; c < 3; ++c)
+    {
+      if (!near(tumour.GetDirection()[r][c], organ.GetDirection()[r][c]))
+      {
+        throw Error(tumourPath, differ + "direction");
+      }
+    }
+  }
+}
+
 /** The generator's refusals in the command's words, charged to the file they concern. */
 [[noreturn]] void
 rethrowForFiles(const std::string & what, const ResectOptions & options)
@@ -175,6 +236,10 @@ rethrowForFiles(const std::string & what, const ResectOptions & options)
     throw Error(options.hepatic.empty() ? options.portal : options.portal + ", " + options.hepatic,
                 "no vessel is marked to be resected or at risk (set resection statuses with \"arbo label ... "
                 "--status resect\" or in \"arbo view\")");
+  }
+  if (what == "The cutting plane misses the organ")
+  {
+    throw Error(options.plane, "misses the organ: every organ voxel lies on one side of it");
   }
   if (what.rfind("Organ segmentation", 0) == 0)
   {
@@ -272,16 +337,36 @@ part(std::size_t voxels, double voxelMillilitres, std::size_t organVoxels)
 void
 resect(const ResectOptions & options, Context & context)
 {
-  if (options.plan == !options.tumour.empty())
+  const bool cut = !options.plane.empty();
+  if (cut && options.plan)
   {
-    throw CLI::ValidationError("resect", "give exactly one of --plan and --tumour TUMOUR");
+    throw CLI::ValidationError("resect", "give exactly one of --plan and --plane POINTS");
+  }
+  if (!cut && options.plan == !options.tumour.empty())
+  {
+    throw CLI::ValidationError("resect", "give exactly one of --plan and --tumour TUMOUR (or --plane POINTS)");
   }
   if (options.plan && !options.margins.empty())
   {
     throw CLI::ValidationError("--margin", "a margin belongs to --tumour, not to --plan");
   }
+  if (cut && !options.margins.empty())
+  {
+    throw CLI::ValidationError("--margin", "a margin belongs to --tumour without --plane: the plane is the cut");
+  }
+  if (!cut && !options.resectSide.empty())
+  {
+    throw CLI::ValidationError("--resect-side", "--resect-side belongs to --plane");
+  }
+  if (!options.resectSide.empty() && !options.tumour.empty())
+  {
+    throw CLI::ValidationError("--resect-side",
+                               "give --resect-side or --tumour with --plane, not both: each chooses the side");
+  }
+  // Only the tumour mode without a plane has margins.
+  const bool withMargins = !options.plan && !cut;
   const std::vector<Margin> margins =
-    options.plan ? std::vector<Margin>{} : parseMargins(options.margins.empty() ? "10" : options.margins);
+    withMargins ? parseMargins(options.margins.empty() ? "10" : options.margins) : std::vector<Margin>{};
   if (!lumo::CanWriteImageFile(options.output))
   {
     throw Error(options.output,
@@ -303,16 +388,54 @@ resect(const ResectOptions & options, Context & context)
     hepatic = readVesselTree(options.hepatic);
   }
   lumo::Image::Pointer tumour;
-  if (!options.plan)
+  if (!options.tumour.empty())
   {
     tumour = readImage(options.tumour, "a tumour mask image");
+  }
+  lumo::DeformablePlane::Pointer plane;
+  if (cut)
+  {
+    plane = readPlane(options.plane);
+    // Front is the side facing away from the organ's centre, as in arbo view.
+    plane->SetOrgan(organ);
+    if (tumour)
+    {
+      checkSameGrid(*tumour, *organ, options.tumour);
+      // As in the margin mode: a tumour wholly outside the organ is a wrong file, not a side to choose.
+      const auto * t = static_cast<const unsigned char *>(tumour->GetData());
+      const auto * o = static_cast<const unsigned char *>(organ->GetData());
+      bool any = false;
+      bool inside = false;
+      for (std::size_t i = 0; i < organ->GetNumberOfVoxels() && !inside; ++i)
+      {
+        any = any || t[i] != 0;
+        inside = t[i] != 0 && o[i] != 0;
+      }
+      if (any && !inside)
+      {
+        throw Error(options.tumour, "lies entirely outside the organ");
+      }
+    }
   }
 
   Generator::Pointer generator;
   lumo::SafetyMarginRPG::Pointer margin;
+  lumo::DeformablePlaneRPG::Pointer cutter;
   if (options.plan)
   {
     generator = lumo::ResectionPlanRPG::New().GetPointer();
+  }
+  else if (cut)
+  {
+    cutter = lumo::DeformablePlaneRPG::New();
+    cutter->SetCuttingPlane(plane);
+    using Side = lumo::DeformablePlaneRPG::ResectSideType;
+    cutter->SetResectSide(tumour ? Side::Tumour : (options.resectSide == "back" ? Side::Back : Side::Front));
+    if (tumour)
+    {
+      cutter->SetTumourMask(tumour);
+    }
+    generator = cutter.GetPointer();
   }
   else
   {
@@ -340,7 +463,7 @@ resect(const ResectOptions & options, Context & context)
   }
 
   std::vector<Result> results;
-  const std::size_t runs = options.plan ? 1 : margins.size();
+  const std::size_t runs = withMargins ? margins.size() : 1;
   for (std::size_t run = 0; run < runs; ++run)
   {
     Result result;
@@ -360,7 +483,7 @@ resect(const ResectOptions & options, Context & context)
     }
     else
     {
-      generator->SetProposalName("Resection plan");
+      generator->SetProposalName(cut ? "Cutting plane" : "Resection plan");
     }
     result.proposal = stemOf(result.output) + ".proposal.xml";
     try
@@ -385,6 +508,11 @@ resect(const ResectOptions & options, Context & context)
     }
     result.tumourVoxels = generator->GetNumberOfTumourVoxels();
     result.flr = generator->GetFutureLiverRemnantPercent();
+    result.withTumour = tumour.IsNotNull();
+    if (cutter)
+    {
+      result.notes = cutter->GetNotes();
+    }
     if (!options.surfaces.empty())
     {
       static const char * const words[5] = { "", "", "remnant", "resected", "at-risk" };
@@ -419,6 +547,7 @@ resect(const ResectOptions & options, Context & context)
   writeResults(results);
 
   const std::size_t organVoxels = generator->GetNumberOfOrganVoxels();
+  const std::string resectedSide = cutter && cutter->GetResectedSide() < 0 ? "back" : "front";
   const double voxelMl = generator->GetVoxelMillilitres();
   if (options.json)
   {
@@ -439,13 +568,19 @@ resect(const ResectOptions & options, Context & context)
       entry["tumour"] = part(result.tumourVoxels, voxelMl, organVoxels);
       entry["flr_percent"] = result.flr;
       entry["below_min_flr"] = result.flr < options.minFlr;
+      if (cutter)
+      {
+        entry["notes"] = result.notes;
+      }
       list.push_back(entry);
     }
     Json report{ { "organ", options.organ },
                  { "portal", options.portal },
                  { "hepatic", options.hepatic.empty() ? Json(nullptr) : Json(options.hepatic) },
-                 { "mode", options.plan ? "plan" : "tumour" },
-                 { "tumour", options.plan ? Json(nullptr) : Json(options.tumour) },
+                 { "mode", options.plan ? "plan" : (cut ? "plane" : "tumour") },
+                 { "tumour", tumour ? Json(options.tumour) : Json(nullptr) },
+                 { "plane", cut ? Json(options.plane) : Json(nullptr) },
+                 { "resect_side", cutter ? Json(resectedSide) : Json(nullptr) },
                  { "organ_voxels", organVoxels },
                  { "organ_millilitres", static_cast<double>(organVoxels) * voxelMl },
                  { "min_flr_percent", options.minFlr },
@@ -459,6 +594,11 @@ resect(const ResectOptions & options, Context & context)
     {
       out << "Resection plan of " << options.portal;
     }
+    else if (cut)
+    {
+      out << "Cut along " << options.plane << " (" << resectedSide << " side resected"
+          << (tumour ? ", the tumour's" : "") << ") with " << options.portal;
+    }
     else
     {
       out << "Risk analysis of " << options.tumour << " with " << options.portal;
@@ -468,7 +608,7 @@ resect(const ResectOptions & options, Context & context)
     for (const Result & result : results)
     {
       out << "\n"
-          << (result.hasMargin ? "margin " + result.margin.text + " mm" : std::string("plan")) << " -> "
+          << (result.hasMargin ? "margin " + result.margin.text + " mm" : std::string(cut ? "plane" : "plan")) << " -> "
           << result.output << "\n";
       out << "  " << std::left << std::setw(10) << "part" << std::right << std::setw(12) << "voxels" << std::setw(12)
           << "ml" << std::setw(9) << "% organ"
@@ -481,12 +621,12 @@ resect(const ResectOptions & options, Context & context)
       row("remnant", result.voxels[2]);
       row("resected", result.voxels[3]);
       row("at risk", result.voxels[4]);
-      if (result.hasMargin)
+      if (result.withTumour)
       {
         row("tumour", result.tumourVoxels);
       }
       out << "  FLR " << fixed(result.flr, 2) << " %"
-          << (result.hasMargin ? " (remnant / (organ - tumour))" : " (remnant / organ)") << "\n";
+          << (result.withTumour ? " (remnant / (organ - tumour))" : " (remnant / organ)") << "\n";
     }
     if (results.size() > 1)
     {
@@ -507,11 +647,16 @@ resect(const ResectOptions & options, Context & context)
   {
     for (const Result & result : results)
     {
+      for (const std::string & note : result.notes)
+      {
+        context.err << "arbo: note: " << note << "\n";
+      }
       if (result.flr < options.minFlr)
       {
         context.err << "arbo: note: the future liver remnant of "
-                    << (result.hasMargin ? "margin " + result.margin.text + " mm" : std::string("the plan")) << " is "
-                    << fixed(result.flr, 2) << " %, below " << fixed(options.minFlr, 2) << " % (--min-flr)\n";
+                    << (result.hasMargin ? "margin " + result.margin.text + " mm"
+                                         : std::string(cut ? "the cut" : "the plan"))
+                    << " is " << fixed(result.flr, 2) << " %, below " << fixed(options.minFlr, 2) << " % (--min-flr)\n";
       }
     }
     for (const Result & result : results)
@@ -528,14 +673,21 @@ addResectCommand(CLI::App & app, Context & context)
 {
   auto options = std::make_shared<ResectOptions>();
   CLI::App * command = app.add_subcommand(
-    "resect", "Resection proposal from a plan or a tumour with safety margins: resected, at risk, remnant, FLR");
+    "resect",
+    "Resection proposal from a plan, a tumour with safety margins or a cutting plane: resected, at risk, remnant, FLR");
   command->footer(
-    "Two ways to a proposal:\n"
+    "Three ways to a proposal:\n"
     "  --plan            the resection statuses of the tree (arbo label --status, arbo view): each organ voxel\n"
     "                    takes the status of the portal vein with the nearest centre-line point\n"
     "  --tumour TUMOUR   risk analysis: the zone within --margin mm of the tumour (world mm, voxel centres) is\n"
     "                    resected; every portal vein with a point in the zone is cut, and with it everything it\n"
     "                    supplies downstream; with --hepatic, veins cut in the zone congest what they drain\n"
+    "  --plane POINTS    a cutting surface through the control points of POINTS.mps (at least 3, not on one\n"
+    "                    line; more than 3 bend it through every point): the organ on --resect-side (front:\n"
+    "                    the side facing away from the organ's centre, the default; back) is resected, or with\n"
+    "                    --tumour the side holding the tumour. A portal point whose path from the root crosses\n"
+    "                    the surface loses its supply (with --hepatic, a hepatic point its drainage), and the\n"
+    "                    remnant it supplies (drains) is at risk\n"
     "Labels of the output image: 0 outside the organ, 2 remnant, 3 to be resected, 4 area at risk. Beside it,\n"
     "<stem>.proposal.xml describes the labels (names, volumes in ml, colours). Several margins (--margin 0,5,10)\n"
     "give one image per margin, named by inserting -<margin>mm before the ending, and share one distance map and\n"
@@ -547,7 +699,8 @@ addResectCommand(CLI::App & app, Context & context)
     "Examples: arbo resect liver.nrrd portal.ves --tumour tumour.nrrd --margin 0,5,10 -o risk.nrrd\n"
     "          arbo resect liver.nrrd portal.ves --hepatic hepatic.ves --tumour tumour.nrrd --margin 10 \\\n"
     "            -o resection.nii.gz --tree-out plan.ves --json\n"
-    "          arbo resect liver.nrrd plan.ves --plan -o planned.nrrd");
+    "          arbo resect liver.nrrd plan.ves --plan -o planned.nrrd\n"
+    "          arbo resect liver.nrrd portal.ves --plane cut.mps --resect-side back -o cut.nrrd");
   command->add_option("organ", options->organ, "Organ segmentation (3-D unsigned 8-bit image, 0 = outside)")
     ->required();
   command->add_option("portal", options->portal, "Portal vein tree (.ves) in the organ's world coordinates")
@@ -555,6 +708,9 @@ addResectCommand(CLI::App & app, Context & context)
   command->add_option("--hepatic", options->hepatic, "Hepatic vein tree (.ves): drainage, areas at risk");
   command->add_flag("--plan", options->plan, "Proposal from the trees' resection statuses");
   command->add_option("--tumour", options->tumour, "Tumour mask on the organ's grid (non-zero = tumour)");
+  command->add_option("--plane", options->plane, "Cut along the surface through these control points (.mps)");
+  command->add_option("--resect-side", options->resectSide, "With --plane: the side resected (default front)")
+    ->check(CLI::IsMember({ "front", "back" }));
   command->add_option("--margin", options->margins, "Safety margin(s) in mm, comma-separated (default 10)");
   command->add_option("-o,--output", options->output, "Resection image to write (.nrrd, .nii.gz, .mha, ...)")
     ->required();

@@ -5,6 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <array>
 #include <fstream>
 #include <locale>
 #include <map>
@@ -334,7 +335,7 @@ TEST_F(ArboResectTest, UsageErrorsExitTwo)
     { { "--tumour", path("tumour.nrrd"), "--margin", "5,ten" }, "'ten' is not a margin in mm (a number >= 0)" },
     { { "--tumour", path("tumour.nrrd"), "--margin", "5,5.0" }, "the margin 5 mm is given twice" },
     { { "--tumour", path("tumour.nrrd"), "--plan" }, "give exactly one of --plan and --tumour TUMOUR" },
-    { {}, "give exactly one of --plan and --tumour TUMOUR" },
+    { {}, "give exactly one of --plan and --tumour TUMOUR (or --plane POINTS)" },
     { { "--plan", "--margin", "5" }, "a margin belongs to --tumour, not to --plan" },
   };
   for (const auto & [extra, message] : cases)
@@ -348,4 +349,236 @@ TEST_F(ArboResectTest, UsageErrorsExitTwo)
   EXPECT_EQ(help.status, 0);
   EXPECT_NE(help.out.find("arbo resect liver.nrrd portal.ves --tumour tumour.nrrd --margin 0,5,10 -o risk.nrrd"),
             std::string::npos);
+}
+
+namespace
+{
+/** A box of 21 x 3 x 2 voxels of 1 mm: the organ fills x 0..19 at every y and z, x 20 is outside. */
+lumo::Image::Pointer
+boxImage(const std::vector<unsigned int> & columns)
+{
+  auto image = lumo::Image::New();
+  lumo::Vector3D voxel;
+  voxel.Fill(1.0);
+  lumo::Point3D corner;
+  corner.Fill(0.0);
+  lumo::Geometry3D::DirectionType direction;
+  direction.SetIdentity();
+  image->Initialize(itk::IOComponentEnum::UCHAR, { { 21, 3, 2 } }, voxel, corner, direction);
+  auto * data = static_cast<unsigned char *>(image->GetData());
+  for (unsigned int row = 0; row < 6; ++row)
+  {
+    for (unsigned int x : columns)
+    {
+      data[row * 21 + x] = 1;
+    }
+  }
+  return image;
+}
+
+void
+writePoints(const std::string & file, const std::vector<std::array<double, 3>> & points)
+{
+  std::ostringstream text;
+  text.imbue(std::locale::classic());
+  text << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<LumoPointSet version=\"1\">\n  <TimeStep index=\"0\">\n";
+  for (std::size_t i = 0; i < points.size(); ++i)
+  {
+    text << "    <Point id=\"" << i << "\" x=\"" << points[i][0] << "\" y=\"" << points[i][1] << "\" z=\""
+         << points[i][2] << "\"/>\n";
+  }
+  text << "  </TimeStep>\n</LumoPointSet>\n";
+  writeFile(file, text.str());
+}
+
+/** Six times the same row of labels: the box's rows along x. */
+std::string
+sixRows(const std::string & row)
+{
+  std::string text;
+  for (int i = 0; i < 6; ++i)
+  {
+    text += row;
+  }
+  return text;
+}
+
+/** The row's trees in the box organ, cut by the plane x = 11.5 (front: x 12..19, away from the organ's centre). */
+class ArboResectPlaneTest : public ArboResectTest
+{
+protected:
+  void
+  SetUp() override
+  {
+    ArboResectTest::SetUp();
+    lumo::WriteImageFile(boxImage(organVoxels()), path("box.nrrd"));
+    writePoints(path("cut.mps"), { { 11.5, 0, 0 }, { 11.5, 5, 0 }, { 11.5, 0, 5 } });
+    m_Inputs = files();
+  }
+
+  std::vector<std::string>
+  cutRun(const std::vector<std::string> & extra, const std::string & plane = "cut.mps")
+  {
+    std::vector<std::string> arguments{ "resect", path("box.nrrd"), path("portal.ves"), "--plane", path(plane),
+                                        "-o",     path("cut.nrrd") };
+    arguments.insert(arguments.end(), extra.begin(), extra.end());
+    return arguments;
+  }
+};
+} // namespace
+
+TEST_F(ArboResectPlaneTest, PlaneBetweenTwoHalvesGivesTheExactCounts)
+{
+  const ArboRun run = runArbo(cutRun({}));
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(labelsIn(path("cut.nrrd")), sixRows("222222222222333333330"));
+  EXPECT_EQ(run.out,
+            "Cut along " + path("cut.mps") + " (front side resected) with " + path("portal.ves") + " in " +
+              path("box.nrrd") +
+              "\n"
+              "organ: 120 voxels, 0.12 ml\n"
+              "\n"
+              "plane -> " +
+              path("cut.nrrd") +
+              "\n"
+              "  part            voxels          ml  % organ\n"
+              "  remnant             72        0.07    60.00\n"
+              "  resected            48        0.05    40.00\n"
+              "  at risk              0        0.00     0.00\n"
+              "  FLR 60.00 % (remnant / organ)\n");
+  EXPECT_EQ(run.err, "arbo: wrote " + path("cut.nrrd") + " and " + path("cut.proposal.xml") + "\n");
+
+  // The back side: the portal root (x 10) is resected, D (x 16) loses its supply and with it x 14..19; the root's
+  // own territory (x 12, 13) keeps it.
+  const ArboRun back = runArbo(cutRun({ "--resect-side", "back", "--json" }));
+  ASSERT_EQ(back.status, 0) << back.err;
+  EXPECT_EQ(labelsIn(path("cut.nrrd")), sixRows("333333333333224444440"));
+  const auto report = nlohmann::json::parse(back.out);
+  EXPECT_EQ(report["mode"], "plane");
+  EXPECT_EQ(report["resect_side"], "back");
+  EXPECT_EQ(report["plane"], path("cut.mps"));
+  const auto & proposal = report["proposals"][0];
+  EXPECT_EQ(proposal["remnant"]["voxels"], 12);
+  EXPECT_EQ(proposal["resected"]["voxels"], 72);
+  EXPECT_EQ(proposal["at_risk"]["voxels"], 36);
+  EXPECT_DOUBLE_EQ(proposal["flr_percent"].get<double>(), 10.0);
+  EXPECT_EQ(proposal["notes"],
+            nlohmann::json::array({ "The portal root lies on the resected side: the whole remnant loses its portal "
+                                    "supply" }));
+  EXPECT_NE(back.err.find("arbo: note: The portal root lies on the resected side"), std::string::npos) << back.err;
+  EXPECT_NE(back.err.find("arbo: note: the future liver remnant of the cut is 10.00 %, below 25.00 % (--min-flr)"),
+            std::string::npos)
+    << back.err;
+}
+
+TEST_F(ArboResectPlaneTest, AVesselCrossingThePlaneCutsItsDownstreamPart)
+{
+  // Root R at x 16 (remnant when the back is resected), E runs 13 -> 9 -> 5 across the plane, G returns to 14.
+  writeTree(path("crossing.ves"), { { -1, 1, 2, 2, { 16 } }, { 0, 2, 2, 2, { 13, 9, 5 } }, { 1, 3, 2, 2, { 14 } } });
+  const ArboRun run = runArbo({ "resect",
+                                path("box.nrrd"),
+                                path("crossing.ves"),
+                                "--plane",
+                                path("cut.mps"),
+                                "--resect-side",
+                                "back",
+                                "-o",
+                                path("cut.nrrd"),
+                                "--tree-out",
+                                path("cut.ves") });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(labelsIn(path("cut.nrrd")), sixRows("333333333333224222220"));
+  EXPECT_NE(run.out.find("  remnant             42        0.04    35.00\n"
+                         "  resected            72        0.07    60.00\n"
+                         "  at risk              6        0.01     5.00\n"),
+            std::string::npos)
+    << run.out;
+  // R kept, E crosses into the resected side (still 2: its remnant point 13 keeps the supply), G cut off (4).
+  const ArboRun info = runArbo({ "info", path("cut.ves"), "--json" });
+  ASSERT_EQ(info.status, 0) << info.err;
+  std::map<int, int> statuses;
+  for (const auto & entry : nlohmann::json::parse(info.out)["resectionStatus"])
+  {
+    statuses[entry["value"].get<int>()] = entry["vessels"].get<int>();
+  }
+  EXPECT_EQ(statuses, (std::map<int, int>{ { 2, 2 }, { 4, 1 } })) << info.out;
+}
+
+TEST_F(ArboResectPlaneTest, TheTumourChoosesTheSide)
+{
+  lumo::WriteImageFile(boxImage({ 17 }), path("box-tumour.nrrd"));
+  const ArboRun run =
+    runArbo(cutRun({ "--tumour", path("box-tumour.nrrd"), "--hepatic", path("hepatic.ves"), "--min-flr", "0" }));
+  ASSERT_EQ(run.status, 0) << run.err;
+  // The hepatic root (x 19) goes with the tumour's side: the whole remnant loses its drainage.
+  EXPECT_EQ(labelsIn(path("cut.nrrd")), sixRows("444444444444333333330"));
+  EXPECT_NE(run.out.find("(front side resected, the tumour's)"), std::string::npos) << run.out;
+  EXPECT_NE(run.out.find("  remnant              0        0.00     0.00\n"
+                         "  resected            48        0.05    40.00\n"
+                         "  at risk             72        0.07    60.00\n"
+                         "  tumour               6        0.01     5.00\n"
+                         "  FLR 0.00 % (remnant / (organ - tumour))\n"),
+            std::string::npos)
+    << run.out;
+  EXPECT_EQ(run.err,
+            "arbo: note: The hepatic root lies on the resected side: the whole remnant loses its drainage\n"
+            "arbo: wrote " +
+              path("cut.nrrd") + " and " + path("cut.proposal.xml") + "\n");
+}
+
+TEST_F(ArboResectPlaneTest, BadPlanesLeaveNothingBehind)
+{
+  writePoints(path("two.mps"), { { 11.5, 0, 0 }, { 11.5, 5, 0 } });
+  writePoints(path("line.mps"), { { 11.5, 0, 0 }, { 11.5, 1, 0 }, { 11.5, 2, 0 }, { 11.5, 3, 0 } });
+  writePoints(path("beside.mps"), { { 30, 0, 0 }, { 30, 5, 0 }, { 30, 0, 5 } });
+  lumo::WriteImageFile(rowImage({ 17 }), path("row-tumour.nrrd"));
+  lumo::WriteImageFile(boxImage({}), path("no-tumour.nrrd"));
+  lumo::WriteImageFile(boxImage({ 20 }), path("outside-tumour.nrrd"));
+  m_Inputs = files();
+
+  expectRefused(cutRun({}, "two.mps"),
+                "arbo: " + path("two.mps") + ": A deformable plane needs at least 3 control points, got 2");
+  expectRefused(cutRun({}, "line.mps"),
+                "arbo: " + path("line.mps") + ": The control points of a deformable plane lie on one line");
+  expectRefused(cutRun({}, "beside.mps"),
+                "arbo: " + path("beside.mps") + ": misses the organ: every organ voxel lies on one side of it");
+  expectRefused(cutRun({}, "missing.mps"),
+                "arbo: " + path("missing.mps") + ": cannot be opened (No such file or directory)");
+  expectRefused(cutRun({ "--tumour", path("row-tumour.nrrd") }),
+                "arbo: " + path("row-tumour.nrrd") +
+                  ": lies on another grid than the organ: they differ in size (21 x 1 x 1 vs 21 x 3 x 2)");
+  expectRefused(cutRun({ "--tumour", path("no-tumour.nrrd") }),
+                "arbo: " + path("no-tumour.nrrd") + ": holds no tumour voxel (every voxel is 0)");
+  expectRefused(cutRun({ "--tumour", path("outside-tumour.nrrd") }),
+                "arbo: " + path("outside-tumour.nrrd") + ": lies entirely outside the organ");
+  // A failing tree write removes the image and proposal written before it.
+  expectRefused(cutRun({ "--tree-out", path("missing/cut.ves") }),
+                "arbo: " + path("missing/cut.ves") + ": the folder " + path("missing") + " does not exist");
+}
+
+TEST_F(ArboResectPlaneTest, PlaneUsageErrorsExitTwo)
+{
+  const std::vector<std::pair<std::vector<std::string>, std::string>> cases{
+    { { "--plan" }, "give exactly one of --plan and --plane POINTS" },
+    { { "--margin", "5" }, "a margin belongs to --tumour without --plane: the plane is the cut" },
+    { { "--resect-side", "left" }, "--resect-side: left not in {front,back}" },
+    { { "--resect-side", "back", "--tumour", path("tumour.nrrd") },
+      "give --resect-side or --tumour with --plane, not both: each chooses the side" },
+  };
+  for (const auto & [extra, message] : cases)
+  {
+    const ArboRun run = runArbo(cutRun(extra));
+    EXPECT_EQ(run.status, 2) << message;
+    EXPECT_NE(run.err.find(message), std::string::npos) << run.err;
+    EXPECT_EQ(files(), m_Inputs);
+  }
+  const ArboRun withoutPlane = runArbo(
+    { "resect", path("box.nrrd"), path("portal.ves"), "--plan", "--resect-side", "back", "-o", path("x.nrrd") });
+  EXPECT_EQ(withoutPlane.status, 2);
+  EXPECT_NE(withoutPlane.err.find("--resect-side belongs to --plane"), std::string::npos) << withoutPlane.err;
+  const ArboRun help = runArbo({ "resect", "--help" });
+  EXPECT_EQ(help.status, 0);
+  EXPECT_NE(help.out.find("arbo resect liver.nrrd portal.ves --plane cut.mps --resect-side back -o cut.nrrd"),
+            std::string::npos);
+  EXPECT_NE(help.out.find("--plane POINTS    a cutting surface through the control points"), std::string::npos);
 }

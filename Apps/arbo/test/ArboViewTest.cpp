@@ -2,7 +2,6 @@
 
 #include "arboViewer.h"
 
-#include "lumoDeformablePlaneRPG.h"
 #include "lumoImageIO.h"
 #include "lumoPointSetIO.h"
 
@@ -14,6 +13,9 @@
 #include <vtkCommand.h>
 #include <vtkRenderWindowInteractor.h>
 
+#include <nlohmann/json.hpp>
+
+#include <filesystem>
 #include <iomanip>
 #include <sstream>
 
@@ -260,30 +262,27 @@ protected:
     window->InvokeEvent(vtkCommand::LeftButtonReleaseEvent);
   }
 
-  /** The status line the generator gives for the organ and tree on disk and a plane file. */
+  /** The status line built from what "arbo resect --plane" prints for the organ and tree on disk and a plane
+   *  file; the command's own outputs are removed again. */
   std::string
-  expectedStatus(const std::string & planeFile, const std::string & prefix)
+  resectStatus(const std::string & planeFile, const std::string & prefix)
   {
-    lumo::Image::Pointer organ = lumo::ReadImageFile(path("organ.nrrd"));
-    auto reader = lumo::VesselTreeFileReader::New();
-    reader->SetFileName(path("portal.ves").c_str());
-    reader->Update();
-    auto plane = lumo::DeformablePlane::New();
-    plane->SetControlPoints(lumo::ReadPointSetFile(planeFile));
-    plane->SetOrgan(organ);
-    auto generator = lumo::DeformablePlaneRPG::New();
-    generator->SetOrganSegmentation(organ);
-    generator->SetVesselTree(reader->GetOutput());
-    generator->SetCuttingPlane(plane);
-    generator->GenerateSurfacesOff();
-    generator->Update();
-    const double ml = generator->GetVoxelMillilitres();
+    const ArboRun run = runArbo(
+      { "resect", path("organ.nrrd"), path("portal.ves"), "--plane", planeFile, "-o", path("check.nrrd"), "--json" });
+    EXPECT_EQ(run.status, 0) << run.err;
+    std::filesystem::remove(path("check.nrrd"));
+    std::filesystem::remove(path("check.proposal.xml"));
+    if (run.status != 0)
+    {
+      return run.err;
+    }
+    const auto proposal = nlohmann::json::parse(run.out)["proposals"][0];
     std::ostringstream text;
     text << std::fixed << std::setprecision(2) << prefix << "remnant "
-         << generator->GetNumberOfVoxels(lumo::VascularTerritoryRPG::RemnantLabel) * ml << " ml, resected "
-         << generator->GetNumberOfVoxels(lumo::VascularTerritoryRPG::ResectedLabel) * ml << " ml, at risk "
-         << generator->GetNumberOfVoxels(lumo::VascularTerritoryRPG::AtRiskLabel) * ml << " ml, FLR "
-         << generator->GetFutureLiverRemnantPercent() << " %";
+         << proposal["remnant"]["millilitres"].get<double>() << " ml, resected "
+         << proposal["resected"]["millilitres"].get<double>() << " ml, at risk "
+         << proposal["at_risk"]["millilitres"].get<double>() << " ml, FLR " << proposal["flr_percent"].get<double>()
+         << " %";
     return text.str();
   }
 };
@@ -294,7 +293,7 @@ TEST_F(ArboViewPlane, DraggingAHandleRecomputesTheVolumesOfTheSavedPlane)
   LUMO_REQUIRE_DISPLAY();
   auto viewer = openWithPlane(path("cut.mps"));
   viewer->attach();
-  const std::string start = expectedStatus(path("cut.mps"), "");
+  const std::string start = resectStatus(path("cut.mps"), "");
   EXPECT_EQ(viewer->statusText(), start);
 
   // Drag the handle at (45, 20, 0) towards x = 20: the cut slants across the root.
@@ -313,16 +312,16 @@ TEST_F(ArboViewPlane, DraggingAHandleRecomputesTheVolumesOfTheSavedPlane)
   press(*viewer, "y");
   EXPECT_NEAR(viewer->plane()->GetControlPoints()[1][0], 20.0, 0.5);
 
-  // Saved beside the inputs, which stay as they were; the generator on the saved plane gives the shown volumes.
+  // Saved beside the inputs, which stay as they were; arbo resect on the saved plane prints the shown volumes.
   press(*viewer, "s");
   EXPECT_EQ(viewer->statusText(), "Saved " + path("portal.edited.ves"));
   EXPECT_EQ(m_Err.str(),
             "arbo: saved " + path("organ.plane.mps") + "\narbo: saved " + path("portal.edited.ves") + "\n");
-  EXPECT_EQ(moved, expectedStatus(path("organ.plane.mps"), "Moved control point 2: "));
   EXPECT_EQ(readFile(path("portal.ves")), m_Original);
   EXPECT_EQ(
     files(),
     (std::vector<std::string>{ "cut.mps", "organ.nrrd", "organ.plane.mps", "portal.edited.ves", "portal.ves" }));
+  EXPECT_EQ(moved, resectStatus(path("organ.plane.mps"), "Moved control point 2: "));
   // The saved tree carries the resection statuses of the cut: some vessel to be resected or at risk.
   const std::string saved = labels(path("portal.edited.ves"));
   EXPECT_TRUE(saved.find(",3 ") != std::string::npos || saved.find(",4 ") != std::string::npos) << saved;
