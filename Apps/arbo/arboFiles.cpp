@@ -215,7 +215,7 @@ writeData(lumo::BaseData * data, const std::string & path)
     }
     else if (kind == "surface")
     {
-      supported = ".vtp, .vtk, .stl";
+      supported = ".vtp, .vtk, .stl, .obj";
     }
     throw Error(path,
                 "cannot write " + std::string(kind == "image" ? "an " : "a ") + kind + " as '" + extension +

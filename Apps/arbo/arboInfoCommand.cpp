@@ -5,6 +5,7 @@
 
 #include "lumoImage.h"
 #include "lumoPointSet.h"
+#include "lumoResectionProposalDescriptorPropertySerializer.h"
 #include "lumoSurface.h"
 
 #include "VesselLabels.h"
@@ -15,6 +16,8 @@
 
 #include <vtkPolyData.h>
 
+#include <algorithm>
+#include <cctype>
 #include <iomanip>
 #include <ostream>
 #include <sstream>
@@ -228,6 +231,78 @@ describeOther(const lumo::BaseData & data, const InfoOptions & options, Context 
     context.out << "  cells:         " << cells << "\n";
   }
 }
+/** Whether the name ends in ".proposal.xml" (any case): the descriptor file written beside a resection image. */
+bool
+isProposalFile(const std::string & path)
+{
+  static const std::string ending = ".proposal.xml";
+  if (path.size() <= ending.size())
+  {
+    return false;
+  }
+  std::string tail = path.substr(path.size() - ending.size());
+  std::transform(tail.begin(), tail.end(), tail.begin(), [](unsigned char c) { return std::tolower(c); });
+  return tail == ending;
+}
+
+std::string
+resectionTypeWord(int type)
+{
+  const char * word = lumo::ResectionProposalDescriptorPropertySerializer::GetResectionTypeWord(type);
+  return word ? word : std::to_string(type);
+}
+
+void
+describeProposal(const InfoOptions & options, Context & context)
+{
+  lumo::ResectionProposalDescriptorProperty::Pointer proposal;
+  try
+  {
+    proposal = lumo::ReadResectionProposalDescriptorFile(options.file);
+  }
+  catch (const itk::ExceptionObject & e)
+  {
+    // The reader names the file itself; the line names it once, in front.
+    std::string reason = e.GetDescription();
+    const std::string prefix = "cannot read the resection proposal file '" + options.file + "': ";
+    if (reason.rfind(prefix, 0) == 0)
+    {
+      reason = reason.substr(prefix.size());
+    }
+    throw Error(options.file, "is not a readable resection proposal (" + reason + ")");
+  }
+  const auto & descriptors = proposal->GetLabelDesriptorSet();
+  if (options.json)
+  {
+    Json json;
+    json["file"] = options.file;
+    json["kind"] = "resection proposal";
+    json["name"] = proposal->GetResectionProposalName();
+    Json labels = Json::array();
+    for (const auto & d : descriptors)
+    {
+      labels.push_back({ { "label", d.Label },
+                         { "name", d.Name },
+                         { "resectionType", resectionTypeWord(d.ResectionType) },
+                         { "resectionTypeValue", static_cast<int>(d.ResectionType) },
+                         { "volumeMillilitres", d.Volume },
+                         { "surfaceIndex", d.SurfaceOutputIndex },
+                         { "color", { d.Color[0], d.Color[1], d.Color[2] } } });
+    }
+    json["labels"] = labels;
+    context.out << json.dump(2) << "\n";
+    return;
+  }
+  std::ostream & out = context.out;
+  out << options.file << ": resection proposal\n";
+  out << "  name:          " << proposal->GetResectionProposalName() << "\n";
+  out << "  labels:        " << descriptors.size() << "\n";
+  for (const auto & d : descriptors)
+  {
+    out << "    " << d.Label << " " << d.Name << ": " << resectionTypeWord(d.ResectionType) << ", " << number(d.Volume)
+        << " ml, surface " << d.SurfaceOutputIndex << "\n";
+  }
+}
 } // namespace
 
 void
@@ -239,11 +314,18 @@ addInfoCommand(CLI::App & app, Context & context)
                   "length, and how many vessels carry each blood vessel type, segment and resection status.\n"
                   "An image (.nrrd, .nii, .nii.gz, .mhd, .mha, .pic, .pic.gz): size, spacing, origin, direction, "
                   "pixel type and value range.\n"
+                  "A resection proposal (NAME.proposal.xml): its name and, per label, the part's name, resection "
+                  "type, volume in ml and surface index.\n"
                   "Examples: arbo info portal.ves --json\n"
                   "          arbo info liver.nii.gz");
   command->add_option("file", options->file, "The file to describe")->required();
   command->add_flag("--json", options->json, "Print the description as JSON");
   command->callback([options, &context] {
+    if (isProposalFile(options->file))
+    {
+      describeProposal(*options, context);
+      return;
+    }
     lumo::BaseData::Pointer data = readData(options->file);
     if (auto * tree = dynamic_cast<lumo::VesselTreeData *>(data.GetPointer()))
     {

@@ -72,7 +72,7 @@ runPhantom(const PhantomOptions & options, Context & context)
   const std::vector<std::pair<std::string, lumo::BaseData *>> outputs = {
     { "organ.nrrd", source->GetOrganMask() },          { "portal.nrrd", source->GetPortalMask() },
     { "hepatic.nrrd", source->GetHepaticMask() },      { "truth-portal.ves", source->GetPortalTree() },
-    { "truth-hepatic.ves", source->GetHepaticTree() },
+    { "truth-hepatic.ves", source->GetHepaticTree() }, { "tumour.nrrd", source->GetTumourMask() },
   };
   for (const auto & [name, data] : outputs)
   {
@@ -140,6 +140,9 @@ runPhantom(const PhantomOptions & options, Context & context)
       << portal.numberOfBifurcations() << " bifurcations\n";
   out << "  truth-hepatic.ves   true hepatic tree, " << hepatic.numberOfVessels() << " vessels, "
       << hepatic.numberOfBifurcations() << " bifurcations\n";
+  const unsigned int lesions = source->GetNumberOfTumours();
+  out << "  tumour.nrrd         tumour mask, " << countVoxels(*source->GetTumourMask()) << " voxels, " << lesions
+      << (lesions == 1 ? " lesion\n" : " lesions\n");
 }
 } // namespace
 
@@ -149,14 +152,15 @@ addPhantomCommand(CLI::App & app, Context & context)
   auto options = std::make_shared<PhantomOptions>();
   CLI::App * command =
     app.add_subcommand("phantom", "Generate a synthetic liver with its vessel masks and true vessel trees");
-  command->footer("Writes organ.nrrd, portal.nrrd and hepatic.nrrd (unsigned 8-bit masks) and truth-portal.ves and "
-                  "truth-hepatic.ves (the true centre lines in world coordinates) into the folder, which is made "
+  command->footer("Writes organ.nrrd, portal.nrrd and hepatic.nrrd (unsigned 8-bit masks), truth-portal.ves and "
+                  "truth-hepatic.ves (the true centre lines in world coordinates) and tumour.nrrd (one to three "
+                  "lesions inside the organ, away from the vessel trunks) into the folder, which is made "
                   "when missing. The same seed gives the same files; the sizes share one anatomy:\n"
                   "  small   96 x 96 x 64 voxels of 2.5 x 2.5 x 3 mm\n"
                   "  medium  256 x 256 x 160 voxels of 0.9375 x 0.9375 x 1.2 mm\n"
                   "  large   512 x 512 x 300 voxels of 0.46875 x 0.46875 x 0.64 mm\n"
                   "Example: arbo phantom --out phantom --size medium --seed 3");
-  command->add_option("--out", options->out, "Folder for the five files")->required();
+  command->add_option("--out", options->out, "Folder for the six files")->required();
   command->add_option("--size", options->size, "small, medium or large (default small)")
     ->check(CLI::IsMember({ "small", "medium", "large" }));
   command->add_option("--seed", options->seed, "Seed of the random branching (default 1)")

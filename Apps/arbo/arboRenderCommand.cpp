@@ -27,6 +27,7 @@ struct RenderOptions
   std::string size{ "1024x768" };
   std::string view{ "front" };
   bool skeleton{ false };
+  bool resection{ false };
   std::int32_t select{ -1 };
   std::string selectMode{ "single" };
 };
@@ -81,7 +82,7 @@ runRender(const RenderOptions & options, Context & context)
   parseSize(options.size, width, height);
 
   // Read everything before anything is drawn, so that a bad file costs no display.
-  Scene scene = buildScene(options.files, options.skeleton);
+  Scene scene = buildScene(options.files, options.skeleton, options.resection);
   if (options.select >= 0)
   {
     if (scene.trees.empty())
@@ -138,11 +139,14 @@ addRenderCommand(CLI::App & app, Context & context)
     "Trees are drawn as tubes coloured by resection status, else segment, else vessel type (the vessel colours of\n"
     "the module); a mask with one label (an organ) as a translucent surface; an image with several labels (supply\n"
     "areas) as one surface per label in the segment colours. Selected vessels take the active colour.\n"
+    "A resection image (labels 2 remnant, 3 resected, 4 at risk, with NAME.proposal.xml beside it, or any such\n"
+    "image with --resection) is drawn in the resection-status colours: the remnant translucent, the rest solid.\n"
     "Without an X display the command runs itself under \"xvfb-run -a\" (package xvfb).\n\n"
     "Examples:\n"
     "  arbo render portal.ves hepatic.ves organ.nrrd -o tree.png --view iso\n"
     "  arbo render segments.nrrd portal.ves -o segments.png --size 1600x1200\n"
-    "  arbo render portal.ves -o path.png --select 12 --select-mode path");
+    "  arbo render portal.ves -o path.png --select 12 --select-mode path\n"
+    "  arbo render resection.nrrd portal.ves -o resection.png --resection");
   command->add_option("files", options->files, "Vessel trees (.ves), masks and label images")
     ->required()
     ->check(CLI::ExistingFile);
@@ -154,6 +158,9 @@ addRenderCommand(CLI::App & app, Context & context)
     ->capture_default_str()
     ->check(CLI::IsMember(viewNames()));
   command->add_flag("--skeleton", options->skeleton, "Draw the centre lines instead of tubes");
+  command->add_flag("--resection",
+                    options->resection,
+                    "Draw images whose labels are among 2, 3 and 4 as resections (remnant, resected, at risk)");
   CLI::Option * select =
     command->add_option("--select", options->select, "Select the vessel of this id (drawn in the active colour)")
       ->check(CLI::NonNegativeNumber);

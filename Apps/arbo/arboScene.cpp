@@ -1,10 +1,12 @@
 #include "arboScene.h"
 
+#include "arboAtomicFile.h"
 #include "arboError.h"
 #include "arboFiles.h"
 
 #include "lumoImage.h"
 #include "lumoImageAccess.h"
+#include "lumoLabelImageSurfaceFilter.h"
 #include "lumoLookupTable.h"
 #include "lumoLookupTableProperty.h"
 #include "lumoSurface.h"
@@ -28,6 +30,7 @@
 #include <vtkWindowedSincPolyDataFilter.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <cmath>
 #include <set>
 
@@ -166,14 +169,65 @@ labelColors(const std::set<int> & labels)
   lookupTable->SetVtkLookupTable(table);
   return lookupTable;
 }
+
+/** Whether every label is one of a resection image's: 2 remnant, 3 to be resected, 4 at risk. */
+bool
+resectionLabels(const std::set<int> & labels)
+{
+  return std::all_of(labels.begin(), labels.end(), [](int label) { return label >= 2 && label <= 4; });
+}
+
+const char *
+resectionPartName(int label)
+{
+  return label == 2 ? "remnant" : (label == 3 ? "resected" : "at risk");
+}
+
+/** One surface node per label of a resection image, coloured by resection status (the label is the status). */
+void
+addResection(Scene & scene,
+             const std::string & path,
+             lumo::Image * image,
+             std::vector<std::pair<lumo::DataNode::Pointer, int>> & parts)
+{
+  auto filter = lumo::LabelImageSurfaceFilter::New();
+  filter->SetInput(image);
+  filter->Update();
+  const auto colors = lumo::VesselTreeLookupTable::New()->GetColorByResectionStatus();
+  for (unsigned int i = 0; i < filter->GetNumberOfIndexedOutputs(); ++i)
+  {
+    const int label = static_cast<int>(filter->GetOutputLabels()[i]);
+    auto node = lumo::DataNode::New();
+    node->SetData(filter->GetOutput(i));
+    node->SetName(path + " (" + resectionPartName(label) + ")");
+    const auto & c = colors[label];
+    node->SetColor(c[0], c[1], c[2]);
+    node->SetBoolProperty("scalar visibility", false);
+    auto mapper = lumo::SurfaceVtkMapper3D::New();
+    mapper->SetDataNode(node);
+    node->SetMapper(lumo::DataNode::Standard3D, mapper);
+    scene.storage->Add(node);
+    parts.emplace_back(node, label);
+    ++scene.surfaces;
+  }
+  ++scene.resections;
+}
 } // namespace
 
+std::string
+proposalFileOf(const std::string & imagePath)
+{
+  const std::string ending = formatExtension(imagePath);
+  return imagePath.substr(0, imagePath.size() - ending.size()) + ".proposal.xml";
+}
+
 Scene
-buildScene(const std::vector<std::string> & files, bool renderSkeleton)
+buildScene(const std::vector<std::string> & files, bool renderSkeleton, bool resections)
 {
   Scene scene;
   scene.storage = lumo::DataStorage::New();
   std::vector<std::pair<lumo::DataNode::Pointer, bool>> images; // node, is an organ
+  std::vector<std::pair<lumo::DataNode::Pointer, int>> parts;   // node, resection label
   for (const std::string & path : files)
   {
     lumo::BaseData::Pointer data = readData(path);
@@ -212,6 +266,12 @@ buildScene(const std::vector<std::string> & files, bool renderSkeleton)
     {
       throw Error(path, "is empty (every voxel is 0): nothing to show");
     }
+    std::error_code ec;
+    if (resectionLabels(labels) && (resections || std::filesystem::is_regular_file(proposalFileOf(path), ec)))
+    {
+      addResection(scene, path, image, parts);
+      continue;
+    }
     auto surface = lumo::Surface::New();
     surface->SetVtkPolyData(labelSurfaces(volume, labels, orientation));
     node->SetData(surface);
@@ -241,6 +301,19 @@ buildScene(const std::vector<std::string> & files, bool renderSkeleton)
     const bool withTrees = !scene.trees.empty();
     node->SetOpacity(withTrees ? (organ ? 0.18f : 0.35f) : (organ ? 0.6f : 1.0f));
     node->SetBoolProperty("pickable", !withTrees);
+  }
+  // The remnant is what stays: drawn as a veil, so that the parts to be taken stand out within the organ.
+  for (auto & [node, label] : parts)
+  {
+    const bool withTrees = !scene.trees.empty();
+    node->SetOpacity(label == 2 ? (withTrees ? 0.15f : 0.25f) : (withTrees ? 0.55f : 1.0f));
+    node->SetBoolProperty("pickable", !withTrees);
+  }
+  if (resections && scene.resections == 0)
+  {
+    throw Error(files.empty() ? std::string() : files.front(),
+                "--resection: no image among the files has only the labels of a resection (2 remnant, 3 resected, "
+                "4 at risk)");
   }
   return scene;
 }

@@ -607,6 +607,175 @@ rasteriseOrgan(const Grid & grid, std::uint8_t * voxels)
   };
   itk::MultiThreaderBase::New()->ParallelizeArray(0, grid.size[2], slice, nullptr);
 }
+
+/** A ball with smaller balls blended onto it; no lobes for a round lesion. */
+struct Lesion
+{
+  Vec centre;
+  double radius;
+  std::vector<std::pair<Vec, double>> lobes;
+
+  static constexpr double blend = 3.0;
+
+  /** Negative inside, 1-Lipschitz. */
+  double
+  evaluate(const Vec & p) const
+  {
+    double value = length(sub(p, centre)) - radius;
+    for (const auto & [lobeCentre, lobeRadius] : lobes)
+    {
+      value = smoothMin(value, length(sub(p, lobeCentre)) - lobeRadius, blend);
+    }
+    return value;
+  }
+  /** Radius of a ball about the centre that holds the lesion (the blend adds at most a quarter of its width). */
+  double
+  extent() const
+  {
+    double reach = radius;
+    for (const auto & [lobeCentre, lobeRadius] : lobes)
+    {
+      reach = std::max(reach, length(sub(lobeCentre, centre)) + lobeRadius);
+    }
+    return reach + 0.25 * blend;
+  }
+};
+
+double
+distanceToSegment(const Vec & p, const Segment & s)
+{
+  const Vec ab = sub(s.b, s.a);
+  const double ll = dot(ab, ab);
+  const double t = ll > 0.0 ? std::clamp(dot(sub(p, s.a), ab) / ll, 0.0, 1.0) : 0.0;
+  return length(sub(p, add(s.a, scale(ab, t))));
+}
+
+/** The centre lines of the root vessel and its children: cutting one of them would take most of the liver. */
+void
+appendTrunk(const ArVesselTree & tree, std::vector<Segment> & trunk)
+{
+  const VesselNode * root = asLinkedVesselTree(tree)->getRootNode();
+  std::vector<const VesselNode *> nodes{ root };
+  nodes.insert(nodes.end(), root->children().begin(), root->children().end());
+  for (const VesselNode * node : nodes)
+  {
+    const Vessel::PointList & points = node->getData()->getPoints();
+    for (std::size_t i = 1; i < points.size(); ++i)
+    {
+      trunk.push_back(
+        { { points[i - 1].x, points[i - 1].y, points[i - 1].z }, { points[i].x, points[i].y, points[i].z }, 0.0, 0.0 });
+    }
+  }
+}
+
+/** One to three lesions by rejection sampling in a stream of their own; the first always finds room (the right
+ *  lobe alone holds many places far enough from the trunks), later ones may give up. */
+std::vector<Lesion>
+placeLesions(std::uint64_t seed, const std::vector<Segment> & trunk)
+{
+  Random random(seed ^ 0x74756d6f7572ULL);
+  const int wanted = 1 + std::min(2, static_cast<int>(random.uniform() * 3.0));
+  std::vector<Lesion> lesions;
+  for (int n = 0; n < wanted; ++n)
+  {
+    bool placed = false;
+    for (int attempt = 0; attempt < 2000 && !placed; ++attempt)
+    {
+      Lesion lesion;
+      lesion.radius = random.uniform(9.0, 16.0);
+      if (random.uniform() < 0.5)
+      {
+        const int lobes = random.uniform() < 0.5 ? 2 : 3;
+        for (int k = 0; k < lobes; ++k)
+        {
+          const double lobeRadius = lesion.radius * random.uniform(0.45, 0.7);
+          const Vec offset = scale(random.unitVector(), lesion.radius * random.uniform(0.55, 0.8));
+          lesion.lobes.emplace_back(offset, lobeRadius);
+        }
+      }
+      // Inside the field of view of every size preset.
+      lesion.centre = { random.uniform(-105.0, 105.0), random.uniform(-105.0, 105.0), random.uniform(-80.0, 80.0) };
+      for (auto & lobe : lesion.lobes)
+      {
+        lobe.first = add(lesion.centre, lobe.first);
+      }
+      const double extent = lesion.extent();
+      if (LiverPhantomSource::EvaluateOrgan(lesion.centre[0], lesion.centre[1], lesion.centre[2]) > -(extent + 3.0))
+      {
+        continue;
+      }
+      bool clear = true;
+      for (const Segment & s : trunk)
+      {
+        clear = clear && distanceToSegment(lesion.centre, s) >= extent + 20.0;
+      }
+      for (const Lesion & other : lesions)
+      {
+        clear = clear && length(sub(lesion.centre, other.centre)) >= extent + other.extent() + 10.0;
+      }
+      if (clear)
+      {
+        lesions.push_back(lesion);
+        placed = true;
+      }
+    }
+    if (!placed)
+    {
+      break;
+    }
+  }
+  return lesions;
+}
+
+/** Voxels whose centre is inside a lesion and inside the organ; only each lesion's bounding box is visited. */
+void
+rasteriseLesions(const std::vector<Lesion> & lesions,
+                 const Grid & grid,
+                 const std::uint8_t * organ,
+                 std::uint8_t * voxels)
+{
+  const std::size_t nx = grid.size[0];
+  const std::size_t ny = grid.size[1];
+  for (const Lesion & lesion : lesions)
+  {
+    const double reach = lesion.extent();
+    std::array<std::size_t, 3> first{};
+    std::array<std::size_t, 3> last{};
+    bool empty = false;
+    for (int axis = 0; axis < 3; ++axis)
+    {
+      const double low = (lesion.centre[axis] - reach - grid.origin[axis]) / grid.spacing[axis];
+      const double high = (lesion.centre[axis] + reach - grid.origin[axis]) / grid.spacing[axis];
+      const double top = static_cast<double>(grid.size[axis] - 1);
+      if (high < 0.0 || low > top)
+      {
+        empty = true;
+        break;
+      }
+      first[axis] = static_cast<std::size_t>(std::ceil(std::max(low, 0.0)));
+      last[axis] = static_cast<std::size_t>(std::floor(std::min(high, top)));
+    }
+    if (empty)
+    {
+      continue;
+    }
+    for (std::size_t k = first[2]; k <= last[2]; ++k)
+    {
+      for (std::size_t j = first[1]; j <= last[1]; ++j)
+      {
+        for (std::size_t i = first[0]; i <= last[0]; ++i)
+        {
+          const std::size_t index = (k * ny + j) * nx + i;
+          const Vec p{ grid.coordinate(0, i), grid.coordinate(1, j), grid.coordinate(2, k) };
+          if (organ[index] == 1 && lesion.evaluate(p) <= 0.0)
+          {
+            voxels[index] = 1;
+          }
+        }
+      }
+    }
+  }
+}
 } // namespace
 
 LiverPhantomSource::LiverPhantomSource()
@@ -614,8 +783,8 @@ LiverPhantomSource::LiverPhantomSource()
   m_Spacing[0] = 2.5;
   m_Spacing[1] = 2.5;
   m_Spacing[2] = 3.0;
-  this->SetNumberOfRequiredOutputs(5);
-  for (unsigned int i = 0; i < 5; ++i)
+  this->SetNumberOfRequiredOutputs(6);
+  for (unsigned int i = 0; i < 6; ++i)
   {
     this->SetNthOutput(i, this->MakeOutput(i));
   }
@@ -626,7 +795,7 @@ LiverPhantomSource::~LiverPhantomSource() = default;
 itk::DataObject::Pointer
 LiverPhantomSource::MakeOutput(DataObjectPointerArraySizeType index)
 {
-  if (index < 3)
+  if (index < 3 || index == 5)
   {
     return Image::New().GetPointer();
   }
@@ -732,6 +901,12 @@ LiverPhantomSource::GetHepaticTree()
   return dynamic_cast<VesselTreeData *>(this->GetOutput(4));
 }
 
+Image *
+LiverPhantomSource::GetTumourMask()
+{
+  return dynamic_cast<Image *>(this->GetOutput(5));
+}
+
 void
 LiverPhantomSource::GenerateData()
 {
@@ -777,7 +952,7 @@ LiverPhantomSource::GenerateData()
   this->GetPortalTree()->initialize(portal);
   this->GetHepaticTree()->initialize(hepatic);
 
-  Image * masks[] = { this->GetOrganMask(), this->GetPortalMask(), this->GetHepaticMask() };
+  Image * masks[] = { this->GetOrganMask(), this->GetPortalMask(), this->GetHepaticMask(), this->GetTumourMask() };
   for (Image * mask : masks)
   {
     mask->Initialize(itk::IOComponentEnum::UCHAR, size, spacing, origin, direction);
@@ -785,6 +960,20 @@ LiverPhantomSource::GenerateData()
   rasteriseOrgan(grid, static_cast<std::uint8_t *>(masks[0]->GetData()));
   rasteriseSegments(segmentsOf(portal), grid, static_cast<std::uint8_t *>(masks[1]->GetData()));
   rasteriseSegments(segmentsOf(hepatic), grid, static_cast<std::uint8_t *>(masks[2]->GetData()));
+
+  std::vector<Segment> trunk;
+  appendTrunk(portal, trunk);
+  appendTrunk(hepatic, trunk);
+  const std::vector<Lesion> lesions = placeLesions(m_Seed, trunk);
+  if (lesions.empty())
+  {
+    itkExceptionMacro(<< "The organ has no room for a tumour away from the trunks");
+  }
+  m_NumberOfTumours = static_cast<unsigned int>(lesions.size());
+  rasteriseLesions(lesions,
+                   grid,
+                   static_cast<const std::uint8_t *>(masks[0]->GetData()),
+                   static_cast<std::uint8_t *>(masks[3]->GetData()));
 }
 
 void
@@ -798,5 +987,6 @@ LiverPhantomSource::PrintSelf(std::ostream & os, itk::Indent indent) const
   os << indent << "MinimumRadius: " << m_MinimumRadius << "\n";
   os << indent << "TaperRatio: " << m_TaperRatio << "\n";
   os << indent << "WallMargin: " << m_WallMargin << "\n";
+  os << indent << "NumberOfTumours: " << m_NumberOfTumours << "\n";
 }
 } // namespace lumo

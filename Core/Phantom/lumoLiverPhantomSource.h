@@ -24,7 +24,16 @@ namespace lumo
  *
  *  Outputs: 0 the organ mask, 1 the portal vein mask, 2 the hepatic vein mask (unsigned 8-bit, 1 inside, 0
  *  outside, identity direction, the volume centred on the world origin), 3 the true portal tree, 4 the true hepatic
- *  tree (world coordinates in mm, ids from 1 in breadth-first order, diameters in mm).
+ *  tree (world coordinates in mm, ids from 1 in breadth-first order, diameters in mm), 5 the tumour mask (unsigned
+ *  8-bit on the organ's grid).
+ *
+ *  Tumours: one to three lesions, round (a ball) or lobulated (a ball with two or three smaller balls blended onto
+ *  it), 9 to 16 mm in radius, placed by a random stream of their own (the organ and the trees are the same as
+ *  without them). Each lesion lies at least 3 mm inside the organ, at least 10 mm from the other lesions and at least
+ *  20 mm from the centre lines of both trunks (the root vessels of the portal and hepatic trees and their
+ *  children), so that a 10 mm safety margin around it cuts no trunk vessel. Like the trees, the lesions are fixed in
+ *  millimetres for a seed: every size shows the same ones. A voxel is tumour when its centre lies inside a lesion
+ *  and inside the organ.
  *
  *  A voxel is organ when EvaluateOrgan() at its centre is <= 0. A voxel is vessel when its centre lies within the
  *  local radius of a centre-line segment of the tree: with a, b the segment's end points and ra, rb their radii
@@ -102,9 +111,13 @@ public:
   GetPortalTree();
   VesselTreeData *
   GetHepaticTree();
+  Image *
+  GetTumourMask();
+  /** Number of lesions of the last update (1 to 3; 0 before the first). */
+  itkGetConstMacro(NumberOfTumours, unsigned int);
 
   using Superclass::MakeOutput;
-  /** Images for outputs 0 to 2, vessel tree data for 3 and 4. */
+  /** Images for outputs 0 to 2 and 5, vessel tree data for 3 and 4. */
   itk::DataObject::Pointer
   MakeOutput(DataObjectPointerArraySizeType index) override;
 
@@ -129,6 +142,7 @@ private:
   double m_MinimumRadius{ 1.0 };
   double m_TaperRatio{ 0.95 };
   double m_WallMargin{ 2.5 };
+  unsigned int m_NumberOfTumours{ 0 };
 };
 } // namespace lumo
 

@@ -1,5 +1,7 @@
 #include "ArboTestSupport.h"
 
+#include "lumoResectionProposalDescriptorPropertySerializer.h"
+
 #include <nlohmann/json.hpp>
 
 using namespace arbo_test;
@@ -175,4 +177,88 @@ TEST_F(ArboConvert, OutputProblemsAreReportedAndLeaveNothingBehind)
   EXPECT_EQ(folder.status, 1);
   EXPECT_EQ(folder.err, "arbo: " + path("taken.ves") + ": is a folder, not a file\n");
   EXPECT_EQ(files(), (Names{ "taken.ves" }));
+}
+
+namespace
+{
+/** A proposal of three parts, written out of label order. */
+void
+writeProposal(const std::string & file)
+{
+  using Property = lumo::ResectionProposalDescriptorProperty;
+  auto proposal = Property::New();
+  proposal->SetResectionProposalName("Risk analysis 10 mm");
+  auto part = [](std::int32_t label, const char * name, Property::ResectionType type, float volume, int surface) {
+    Property::LabelDescriptor d;
+    d.Label = label;
+    d.Name = name;
+    d.ResectionType = type;
+    d.Volume = volume;
+    d.SurfaceOutputIndex = surface;
+    d.Color[0] = 0.5f;
+    d.Color[1] = 0.25f;
+    d.Color[2] = 1.0f;
+    return d;
+  };
+  proposal->AddLabelDescriptor(part(4, "At risk", Property::AreaAtRisk, 12.25f, 2));
+  proposal->AddLabelDescriptor(part(2, "Remnant", Property::NotToBeResected, 1234.5f, 0));
+  proposal->AddLabelDescriptor(part(3, "Resected", Property::ToBeResected, 310.0f, 1));
+  lumo::WriteResectionProposalDescriptorFile(*proposal, file);
+}
+} // namespace
+
+TEST_F(ArboInfo, DescribesAResectionProposal)
+{
+  writeProposal(path("cut.proposal.xml"));
+  ArboRun run = runArbo({ "info", path("cut.proposal.xml") });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(run.out,
+            path("cut.proposal.xml") + ": resection proposal\n"
+                                       "  name:          Risk analysis 10 mm\n"
+                                       "  labels:        3\n"
+                                       "    2 Remnant: NotToBeResected, 1234.5 ml, surface 0\n"
+                                       "    3 Resected: ToBeResected, 310 ml, surface 1\n"
+                                       "    4 At risk: AreaAtRisk, 12.25 ml, surface 2\n");
+
+  run = runArbo({ "info", path("cut.proposal.xml"), "--json" });
+  ASSERT_EQ(run.status, 0) << run.err;
+  const auto json = nlohmann::json::parse(run.out);
+  EXPECT_EQ(json["kind"], "resection proposal");
+  EXPECT_EQ(json["name"], "Risk analysis 10 mm");
+  ASSERT_EQ(json["labels"].size(), 3u);
+  EXPECT_EQ(json["labels"][1]["label"], 3);
+  EXPECT_EQ(json["labels"][1]["resectionType"], "ToBeResected");
+  EXPECT_EQ(json["labels"][1]["resectionTypeValue"], 3);
+  EXPECT_EQ(json["labels"][1]["volumeMillilitres"], 310.0);
+  EXPECT_EQ(json["labels"][1]["surfaceIndex"], 1);
+  EXPECT_EQ(json["labels"][1]["color"], nlohmann::json({ 0.5, 0.25, 1.0 }));
+  EXPECT_EQ(json["labels"][2]["surfaceIndex"], 2);
+}
+
+TEST_F(ArboInfo, BadProposalFilesExitOneWithOneLine)
+{
+  writeFile(path("text.proposal.xml"), "not xml <");
+  writeFile(path("other.PROPOSAL.XML"), "<Scene/>\n");
+  const std::vector<std::pair<std::string, std::string>> cases = {
+    { path("missing.proposal.xml"), "is not a readable resection proposal (no such file)" },
+    { path("other.PROPOSAL.XML"),
+      "is not a readable resection proposal (its root element is Scene, not ResectionProposalDescriptorProperty)" },
+  };
+  for (const auto & [file, message] : cases)
+  {
+    const ArboRun run = runArbo({ "info", file });
+    EXPECT_EQ(run.status, 1) << file;
+    EXPECT_EQ(run.err, "arbo: " + file + ": " + message + "\n");
+    EXPECT_EQ(run.out, "");
+  }
+  const ArboRun run = runArbo({ "info", path("text.proposal.xml") });
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err.rfind("arbo: " + path("text.proposal.xml") +
+                            ": is not a readable resection proposal (not an XML "
+                            "document (",
+                          0),
+            0u)
+    << run.err;
+  EXPECT_EQ(files(), (std::vector<std::string>{ "other.PROPOSAL.XML", "text.proposal.xml" }));
 }

@@ -11,11 +11,8 @@ using namespace arbo_test;
 
 namespace
 {
-const std::vector<std::string> phantomFiles = { "hepatic.nrrd",
-                                                "organ.nrrd",
-                                                "portal.nrrd",
-                                                "truth-hepatic.ves",
-                                                "truth-portal.ves" };
+const std::vector<std::string> phantomFiles = { "hepatic.nrrd",      "organ.nrrd",       "portal.nrrd",
+                                                "truth-hepatic.ves", "truth-portal.ves", "tumour.nrrd" };
 
 std::vector<std::string>
 namesIn(const std::filesystem::path & folder)
@@ -68,7 +65,7 @@ compareJson(const std::vector<std::string> & arguments)
 class ArboPhantom : public ArboTest
 {};
 
-TEST_F(ArboPhantom, WritesTheFiveFilesIntoANewFolderTheSameForTheSameSeed)
+TEST_F(ArboPhantom, WritesTheSixFilesIntoANewFolderTheSameForTheSameSeed)
 {
   ArboRun run = runArbo({ "phantom", "--out", path("a/b"), "--seed", "5" });
   ASSERT_EQ(run.status, 0) << run.err;
@@ -88,6 +85,11 @@ TEST_F(ArboPhantom, WritesTheFiveFilesIntoANewFolderTheSameForTheSameSeed)
   }
   EXPECT_NE(readFile(path("a/b/truth-portal.ves")), readFile(path("d/truth-portal.ves")));
   EXPECT_NE(readFile(path("a/b/portal.nrrd")), readFile(path("d/portal.nrrd")));
+  EXPECT_NE(readFile(path("a/b/tumour.nrrd")), readFile(path("d/tumour.nrrd")));
+  EXPECT_NE(run.out.find("  tumour.nrrd         tumour mask, "), std::string::npos) << run.out;
+  lumo::Image::Pointer tumour = lumo::ReadImageFile(path("a/b/tumour.nrrd"));
+  EXPECT_EQ(tumour->GetPixelTypeAsString(), "unsigned_char");
+  EXPECT_EQ(tumour->GetSize(), lumo::ReadImageFile(path("a/b/organ.nrrd"))->GetSize());
 
   lumo::Image::Pointer organ = lumo::ReadImageFile(path("a/b/organ.nrrd"));
   EXPECT_EQ(organ->GetPixelTypeAsString(), "unsigned_char");
@@ -134,7 +136,7 @@ TEST_F(ArboPhantom, OutputFolderProblemsLeaveEverythingAsItWas)
   EXPECT_EQ(run.status, 1);
   EXPECT_EQ(run.err, "arbo: " + path("plain/sub") + ": cannot be created (Not a directory)\n");
 
-  // One of the five names is taken by a folder: nothing is written, an earlier file keeps its content.
+  // One of the six names is taken by a folder: nothing is written, an earlier file keeps its content.
   std::filesystem::create_directories(path("out/truth-portal.ves"));
   writeFile(path("out/organ.nrrd"), "earlier");
   run = runArbo({ "phantom", "--out", path("out") });

@@ -1,6 +1,8 @@
 #include "ArboTestSupport.h"
 
 #include "lumoDisplay.h"
+#include "lumoImage.h"
+#include "lumoImageIO.h"
 #include "lumoVesselTreeFileWriter.h"
 #include "lumoVesselTreeLookupTable.h"
 
@@ -107,6 +109,74 @@ TEST_F(ArboRender, SelectionTakesTheActiveColourAndSkeletonIsThin)
   ASSERT_EQ(runArbo({ "render", tree, "-o", path("lines.png"), "--size", "400x300", "--skeleton" }).status, 0);
   EXPECT_LT(pixelsOfColor(path("lines.png"), colors->GetColorByType()[2]),
             pixelsOfColor(path("plain.png"), colors->GetColorByType()[2]) / 4);
+}
+
+namespace
+{
+/** A resection image seen from the front: three slabs side by side along x, 10 voxels of 2 mm each, labels 2
+ *  (remnant), 3 (resected) and 4 (at risk); or, with a single label, an organ mask. */
+std::string
+writeSlabs(const std::string & file, bool organOnly = false)
+{
+  auto image = lumo::Image::New();
+  lumo::Vector3D spacing;
+  spacing.Fill(2.0);
+  lumo::Point3D origin;
+  origin.Fill(0.0);
+  image->Initialize(
+    itk::IOComponentEnum::UCHAR, { { 30, 10, 10 } }, spacing, origin, lumo::Geometry3D::DirectionType::GetIdentity());
+  auto * v = static_cast<unsigned char *>(image->GetData());
+  for (unsigned int i = 0; i < image->GetNumberOfVoxels(); ++i)
+  {
+    v[i] = organOnly ? 1 : static_cast<unsigned char>(2 + (i % 30) / 10);
+  }
+  lumo::WriteImageFile(image, file);
+  return file;
+}
+} // namespace
+
+TEST_F(ArboRender, ResectionsTakeTheResectionStatusColours)
+{
+  LUMO_REQUIRE_DISPLAY();
+  const auto status = lumo::VesselTreeLookupTable::New()->GetColorByResectionStatus();
+  const std::string cut = writeSlabs(path("cut.nrrd"));
+
+  // A plain label image: segment colours, none of the resection colours.
+  ArboRun run = runArbo({ "render", cut, "-o", path("labels.png"), "--size", "400x300" });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(pixelsOfColor(path("labels.png"), status[3]), 0);
+  EXPECT_EQ(pixelsOfColor(path("labels.png"), status[4]), 0);
+
+  // Asked for: the resected and at-risk slabs solid in their colours, the remnant a veil over the background.
+  run = runArbo({ "render", cut, "-o", path("asked.png"), "--size", "400x300", "--resection" });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.err, "arbo: wrote " + path("asked.png") + " (400x300, 0 trees, 3 surfaces)\n");
+  const int resected = pixelsOfColor(path("asked.png"), status[3]);
+  const int atRisk = pixelsOfColor(path("asked.png"), status[4]);
+  EXPECT_GT(resected, 5000);
+  EXPECT_GT(atRisk, 5000);
+  EXPECT_LT(std::abs(resected - atRisk), resected / 5);
+  EXPECT_EQ(pixelsOfColor(path("asked.png"), status[2]), 0);
+
+  // A proposal beside the image marks it as a resection without the flag.
+  writeFile(path("cut.proposal.xml"), "<ResectionProposalDescriptorProperty/>\n");
+  run = runArbo({ "render", cut, "-o", path("beside.png"), "--size", "400x300" });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(pixelsOfColor(path("beside.png"), status[3]), resected);
+  EXPECT_EQ(pixelsOfColor(path("beside.png"), status[4]), atRisk);
+}
+
+TEST_F(ArboRender, ResectionFlagWithoutAResectionImageIsRefused)
+{
+  LUMO_REQUIRE_DISPLAY();
+  const std::string organ = writeSlabs(path("organ.nrrd"), true);
+  const ArboRun run = runArbo({ "render", organ, "-o", path("organ.png"), "--resection" });
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err,
+            "arbo: " + organ +
+              ": --resection: no image among the files has only the labels of a resection (2 remnant, 3 "
+              "resected, 4 at risk)\n");
+  EXPECT_EQ(files(), std::vector<std::string>{ "organ.nrrd" });
 }
 
 TEST_F(ArboRender, BadInputExitsWithOneLineAndWritesNothing)

@@ -394,3 +394,163 @@ TEST(LiverPhantomParameters, PresetsNamesAndRejectedValues)
   source->SetSize(tiny);
   EXPECT_THROW(source->Update(), itk::ExceptionObject);
 }
+
+namespace
+{
+/** Distance from a point to the centre lines of the root vessel and its children. */
+double
+distanceToTrunk(const VesselTreeData & data, const std::array<double, 3> & p)
+{
+  const VesselNode * root = asLinkedVesselTree(data.GetVesselTreeData(0))->getRootNode();
+  std::vector<const VesselNode *> nodes{ root };
+  nodes.insert(nodes.end(), root->children().begin(), root->children().end());
+  double best = 1e300;
+  for (const VesselNode * node : nodes)
+  {
+    const ar<Vessel> & vessel = node->getData();
+    for (std::size_t i = 1; i < vessel->numberOfPoints(); ++i)
+    {
+      const VesselPoint & a = vessel->getPoint(i - 1);
+      const VesselPoint & b = vessel->getPoint(i);
+      const double ab[3] = { b.x - a.x, b.y - a.y, b.z - a.z };
+      const double ap[3] = { p[0] - a.x, p[1] - a.y, p[2] - a.z };
+      const double ll = ab[0] * ab[0] + ab[1] * ab[1] + ab[2] * ab[2];
+      const double t = ll > 0.0 ? std::clamp((ap[0] * ab[0] + ap[1] * ab[1] + ap[2] * ab[2]) / ll, 0.0, 1.0) : 0.0;
+      const double d[3] = { ap[0] - t * ab[0], ap[1] - t * ab[1], ap[2] - t * ab[2] };
+      best = std::min(best, std::sqrt(d[0] * d[0] + d[1] * d[1] + d[2] * d[2]));
+    }
+  }
+  return best;
+}
+
+/** Number of 26-connected groups of ones. */
+std::size_t
+countComponents(const Image & image)
+{
+  const auto size = image.GetSize();
+  const auto * v = static_cast<const std::uint8_t *>(image.GetData());
+  std::vector<bool> seen(image.GetNumberOfVoxels(), false);
+  std::size_t components = 0;
+  for (std::size_t start = 0; start < seen.size(); ++start)
+  {
+    if (v[start] != 1 || seen[start])
+    {
+      continue;
+    }
+    ++components;
+    std::deque<std::size_t> queue{ start };
+    seen[start] = true;
+    while (!queue.empty())
+    {
+      const std::size_t index = queue.front();
+      queue.pop_front();
+      const long x = static_cast<long>(index % size[0]);
+      const long y = static_cast<long>((index / size[0]) % size[1]);
+      const long z = static_cast<long>(index / (size[0] * size[1]));
+      for (long dz = -1; dz <= 1; ++dz)
+        for (long dy = -1; dy <= 1; ++dy)
+          for (long dx = -1; dx <= 1; ++dx)
+          {
+            const long nx = x + dx, ny = y + dy, nz = z + dz;
+            if (nx < 0 || ny < 0 || nz < 0 || nx >= static_cast<long>(size[0]) || ny >= static_cast<long>(size[1]) ||
+                nz >= static_cast<long>(size[2]))
+            {
+              continue;
+            }
+            const std::size_t n = (static_cast<std::size_t>(nz) * size[1] + ny) * size[0] + nx;
+            if (v[n] == 1 && !seen[n])
+            {
+              seen[n] = true;
+              queue.push_back(n);
+            }
+          }
+    }
+  }
+  return components;
+}
+} // namespace
+
+TEST(LiverPhantomTumours, LesionsLieInsideTheOrganAwayFromTheTrunks)
+{
+  std::set<unsigned int> counts;
+  for (std::uint64_t seed = 1; seed <= 8; ++seed)
+  {
+    auto source = LiverPhantomSource::New();
+    source->SetSizePreset(LiverPhantomSource::SizePreset::Small);
+    source->SetSeed(seed);
+    source->Update();
+    const Image & tumour = *source->GetTumourMask();
+    ASSERT_TRUE(tumour.IsInitialized());
+    EXPECT_EQ(tumour.GetPixelTypeAsString(), "unsigned_char");
+    EXPECT_EQ(tumour.GetSize(), source->GetOrganMask()->GetSize());
+    EXPECT_EQ(tumour.GetOrigin(), source->GetOrganMask()->GetOrigin());
+    EXPECT_EQ(tumour.GetSpacing(), source->GetOrganMask()->GetSpacing());
+    const unsigned int lesions = source->GetNumberOfTumours();
+    EXPECT_GE(lesions, 1u) << "seed " << seed;
+    EXPECT_LE(lesions, 3u) << "seed " << seed;
+    counts.insert(lesions);
+    // Lesions are apart from each other: one connected piece each.
+    EXPECT_EQ(countComponents(tumour), lesions) << "seed " << seed;
+
+    const auto * t = static_cast<const std::uint8_t *>(tumour.GetData());
+    const auto * o = static_cast<const std::uint8_t *>(source->GetOrganMask()->GetData());
+    const auto size = tumour.GetSize();
+    std::size_t voxels = 0;
+    std::size_t outside = 0;
+    std::size_t nearTrunk = 0;
+    std::size_t index = 0;
+    for (std::size_t z = 0; z < size[2]; ++z)
+    {
+      for (std::size_t y = 0; y < size[1]; ++y)
+      {
+        for (std::size_t x = 0; x < size[0]; ++x, ++index)
+        {
+          EXPECT_LE(t[index], 1);
+          if (t[index] != 1)
+          {
+            continue;
+          }
+          ++voxels;
+          outside += o[index] != 1;
+          const std::array<double, 3> p{ -118.75 + 2.5 * x, -118.75 + 2.5 * y, -94.5 + 3.0 * z };
+          // A 10 mm margin plus the rounding of a centre-line point to its voxel (half a diagonal) stays clear.
+          const double clearance = 10.0 + 0.5 * std::sqrt(2.5 * 2.5 * 2 + 3.0 * 3.0);
+          nearTrunk += distanceToTrunk(*source->GetPortalTree(), p) <= clearance ||
+                       distanceToTrunk(*source->GetHepaticTree(), p) <= clearance;
+        }
+      }
+    }
+    // Lesions of 9 to 16 mm: 2900 to 17000 mm3 each, 18.75 mm3 a voxel.
+    EXPECT_GE(voxels, 150u * lesions) << "seed " << seed;
+    EXPECT_LE(voxels, 1400u * lesions) << "seed " << seed;
+    EXPECT_EQ(outside, 0u) << "seed " << seed;
+    EXPECT_EQ(nearTrunk, 0u) << "seed " << seed;
+  }
+  // The seeds show more than one count of lesions.
+  EXPECT_GT(counts.size(), 1u);
+}
+
+TEST(LiverPhantomTumours, SameSeedSameTumoursAtEverySize)
+{
+  auto run = [](std::uint64_t seed, LiverPhantomSource::SizePreset preset) {
+    auto source = LiverPhantomSource::New();
+    source->SetSizePreset(preset);
+    source->SetSeed(seed);
+    source->Update();
+    return source;
+  };
+  auto first = run(5, LiverPhantomSource::SizePreset::Small);
+  auto again = run(5, LiverPhantomSource::SizePreset::Small);
+  auto other = run(6, LiverPhantomSource::SizePreset::Small);
+  const std::size_t n = first->GetTumourMask()->GetNumberOfVoxels();
+  EXPECT_EQ(std::memcmp(first->GetTumourMask()->GetData(), again->GetTumourMask()->GetData(), n), 0);
+  EXPECT_NE(std::memcmp(first->GetTumourMask()->GetData(), other->GetTumourMask()->GetData(), n), 0);
+  EXPECT_EQ(first->GetNumberOfTumours(), again->GetNumberOfTumours());
+
+  // The lesions are fixed in millimetres: the medium volume's tumour volume matches the small one's.
+  auto medium = run(5, LiverPhantomSource::SizePreset::Medium);
+  EXPECT_EQ(medium->GetNumberOfTumours(), first->GetNumberOfTumours());
+  const double smallVolume = countOnes(*first->GetTumourMask()) * 2.5 * 2.5 * 3.0;
+  const double mediumVolume = countOnes(*medium->GetTumourMask()) * 0.9375 * 0.9375 * 1.2;
+  EXPECT_NEAR(mediumVolume, smallVolume, 0.1 * smallVolume);
+}

@@ -9,6 +9,7 @@
 #include <vtkCommand.h>
 #include <vtkExecutive.h>
 #include <vtkOBJReader.h>
+#include <vtkOBJWriter.h>
 #include <vtkPolyData.h>
 #include <vtkPolyDataReader.h>
 #include <vtkPolyDataWriter.h>
@@ -159,7 +160,8 @@ CanReadSurfaceFile(const std::string & fileName)
 bool
 CanWriteSurfaceFile(const std::string & fileName)
 {
-  return EndsWithNoCase(fileName, ".vtp") || EndsWithNoCase(fileName, ".vtk") || EndsWithNoCase(fileName, ".stl");
+  return EndsWithNoCase(fileName, ".vtp") || EndsWithNoCase(fileName, ".vtk") || EndsWithNoCase(fileName, ".stl") ||
+         EndsWithNoCase(fileName, ".obj");
 }
 
 Surface::Pointer
@@ -237,6 +239,12 @@ WriteSurfaceFile(const Surface * surface, const std::string & fileName, TimeStep
     vtkSmartPointer<vtkSTLWriter> writer = vtkSmartPointer<vtkSTLWriter>::New();
     writer->SetFileTypeToBinary();
     RunWriter(writer.GetPointer(), triangles->GetOutput(), fileName);
+  }
+  else if (EndsWithNoCase(fileName, ".obj"))
+  {
+    // Wavefront text: points, normals when the surface has them, and the polygons.
+    vtkSmartPointer<vtkOBJWriter> writer = vtkSmartPointer<vtkOBJWriter>::New();
+    RunWriter(writer.GetPointer(), polyData, fileName);
   }
   else
   {

@@ -12,7 +12,7 @@ namespace lumo
 /** Whether the name ends (case-insensitively) in .vtp, .vtk, .stl or .obj. */
 bool
 CanReadSurfaceFile(const std::string & fileName);
-/** Whether the name ends (case-insensitively) in .vtp, .vtk or .stl. */
+/** Whether the name ends (case-insensitively) in .vtp, .vtk, .stl or .obj. */
 bool
 CanWriteSurfaceFile(const std::string & fileName);
 
@@ -26,8 +26,9 @@ Surface::Pointer
 ReadSurfaceFile(const std::string & fileName);
 
 /** Writes the poly data of a time step: .vtp (binary XML, compressed), .vtk (legacy binary), .stl (binary, the
- *  polygons as triangles). Throws itk::ExceptionObject ("Could not write surface '<file>': ...") for a null surface,
- *  a step without poly data, an unknown extension or a failed write. */
+ *  polygons as triangles), .obj (Wavefront text with the point normals, if any). Throws itk::ExceptionObject ("Could
+ * not write surface '<file>': ...") for a null surface, a step without poly data, an unknown extension or a failed
+ * write. */
 void
 WriteSurfaceFile(const Surface * surface, const std::string & fileName, TimeStepType t = 0);
 
