@@ -114,27 +114,27 @@ lumo::Image::Pointer
 interpolateSlices(const lumo::Image * mask, unsigned int factor, std::size_t & voxels)
 {
   using SliceType = itk::Image<unsigned char, 2>;
-  using DistanceType = itk::Image<float, 2>;
   const auto input = lumo::ImageToItkImage<unsigned char>(mask);
   const MaskType::SizeType size = input->GetLargestPossibleRegion().GetSize();
   const std::size_t sliceVoxels = size[0] * size[1];
   const MaskType::SpacingType spacing = input->GetSpacing();
   const float step = static_cast<float>(std::min(spacing[0], spacing[1]));
-  // Far enough that an empty slice adds nothing between it and its neighbour.
-  const float far = 1.0e6f;
 
-  // Signed distance per slice, shifted by half a pixel so that 0 lies on the contour between the object's
-  // boundary pixels (0 in the distance map) and the background pixels next to them (one pixel away).
-  std::vector<std::vector<float>> distances(size[2]);
+  // Signed in-plane distance per slice (negative inside), shifted by half a pixel so that 0 lies between the
+  // object's boundary pixels (0 in the distance map) and the background pixels next to them. Outside, distances
+  // are capped at the slice spacing, as if the object were at most a slice away: where the object ends between two
+  // slices it then ends in a dome instead of flat at its last slice, which thinning would fray into a star.
+  const float cap = static_cast<float>(spacing[2]);
+  std::vector<float> shifted(sliceVoxels * size[2]);
   for (std::size_t z = 0; z < size[2]; ++z)
   {
     const unsigned char * in = input->GetBufferPointer() + z * sliceVoxels;
-    const std::size_t count =
+    float * d = shifted.data() + z * sliceVoxels;
+    const auto count =
       static_cast<std::size_t>(std::count_if(in, in + sliceVoxels, [](unsigned char v) { return v != 0; }));
-    std::vector<float> & d = distances[z];
     if (count == 0 || count == sliceVoxels)
     {
-      d.assign(sliceVoxels, count == 0 ? far : -far);
+      std::fill(d, d + sliceVoxels, count == 0 ? cap : -cap);
       continue;
     }
     auto slice = SliceType::New();
@@ -148,7 +148,7 @@ interpolateSlices(const lumo::Image * mask, unsigned int factor, std::size_t & v
     slice->SetSpacing(sliceSpacing);
     slice->Allocate();
     std::copy(in, in + sliceVoxels, slice->GetBufferPointer());
-    auto distance = itk::SignedMaurerDistanceMapImageFilter<SliceType, DistanceType>::New();
+    auto distance = itk::SignedMaurerDistanceMapImageFilter<SliceType, itk::Image<float, 2>>::New();
     distance->SetInput(slice);
     distance->SetUseImageSpacing(true);
     distance->SetSquaredDistance(false);
@@ -156,10 +156,9 @@ interpolateSlices(const lumo::Image * mask, unsigned int factor, std::size_t & v
     distance->SetNumberOfWorkUnits(1);
     distance->Update();
     const float * map = distance->GetOutput()->GetBufferPointer();
-    d.resize(sliceVoxels);
     for (std::size_t i = 0; i < sliceVoxels; ++i)
     {
-      d[i] = map[i] - 0.5f * step;
+      d[i] = std::min(cap, map[i] - 0.5f * step);
     }
   }
 
@@ -191,8 +190,8 @@ interpolateSlices(const lumo::Image * mask, unsigned int factor, std::size_t & v
       continue;
     }
     const float t = static_cast<float>(offset) / static_cast<float>(factor);
-    const std::vector<float> & a = distances[below];
-    const std::vector<float> & b = distances[below + 1];
+    const float * a = shifted.data() + below * sliceVoxels;
+    const float * b = a + sliceVoxels;
     for (std::size_t i = 0; i < sliceVoxels; ++i)
     {
       out[i] = (1.0f - t) * a[i] + t * b[i] < 0.0f ? 1 : 0;

@@ -25,10 +25,11 @@ unsigned int
 sliceInterpolationFactor(const lumo::Image * mask);
 
 /** Shape-based interpolation of a binary unsigned 8-bit mask along its third axis: each slice gets a signed
- *  in-plane distance to its contour (negative inside), the distances are interpolated linearly between
- *  neighbouring slices and thresholded at 0. The result has (slices - 1) * factor + 1 slices, the original ones
- *  unchanged at every factor-th place, and the same origin and direction with the slice spacing divided by
- *  factor, so world coordinates stay as they were. `voxels` receives the new number of mask voxels. */
+ *  in-plane distance to its contour (negative inside, in mm, outside capped at the slice spacing), the distances
+ *  are interpolated linearly between neighbouring slices and thresholded at 0. The result has (slices - 1) * factor + 1
+ * slices, the original ones unchanged at every factor-th place, and the same origin and direction with the slice
+ * spacing divided by factor, so world coordinates stay as they were. `voxels` receives the new number of mask voxels.
+ */
 lumo::Image::Pointer
 interpolateSlices(const lumo::Image * mask, unsigned int factor, std::size_t & voxels);
 /** What addMissingStub did: the stub's length (0 when none was added) and the radius of the mask where it points. */

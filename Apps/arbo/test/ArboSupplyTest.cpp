@@ -284,7 +284,8 @@ TEST_F(ArboSupply, SixteenBitFloatAndLabelMapOrgansAreConvertedAtTheBoundary)
     const std::string organ = path(std::string(name) + ".nrrd");
     ArboRun run = runArbo({ "-q", "supply", organ, path("portal.ves"), "-o", path(std::string(name) + "-areas.nrrd") });
     ASSERT_EQ(run.status, 0) << name << ": " << run.err;
-    EXPECT_EQ(run.out, eight.out) << name;
+    // The same table below the title line, which names the organ file.
+    EXPECT_EQ(run.out.substr(run.out.find('\n')), eight.out.substr(eight.out.find('\n'))) << name;
     EXPECT_EQ(readFile(path(std::string(name) + "-areas.nrrd")), readFile(path("eight.nrrd"))) << name;
   }
 
