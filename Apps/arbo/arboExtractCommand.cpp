@@ -21,6 +21,7 @@
 #include <itkImage.h>
 #include <itkImageRegionConstIterator.h>
 
+#include <cmath>
 #include <iomanip>
 #include <iostream>
 #include <optional>
@@ -42,7 +43,8 @@ struct ExtractOptions
   bool noEndpointSuppression{ false };
   bool keepSpurs{ false };
   double prune{ 0.0 };
-  unsigned int smooth{ 0 };
+  // Two passes take the voxel staircase out of the centre lines and, on the phantoms, bring them nearer the truth.
+  unsigned int smooth{ 2 };
   bool rawDiameters{ false };
   std::optional<long> label;
   bool noResample{ false };
@@ -250,51 +252,70 @@ extract(const ExtractOptions & options, Context & context)
   filter->SetEndpointSuppression(!options.noEndpointSuppression);
   filter->SetNumberOfCleanedIterations(options.cleanedIterations);
   filter->SetDefaultBloodVesselType(static_cast<lumo::VesselTreeData::BloodVesselType>(type));
-  if (options.start.empty())
-  {
-    filter->StartAtThickestEndPointOn();
-  }
-  else
-  {
-    lumo::SkeletonizationBasedImageToVesselTreeFilter::StartpointType point;
-    for (unsigned int a = 0; a < 3; ++a)
+  std::size_t extracted = 0;
+  std::size_t spurs = 0;
+  // The tree from the start voxel (from the thickest end point without one), spurs removed.
+  auto extractFrom = [&](const unsigned int * at) {
+    filter->SetStartAtThickestEndPoint(at == nullptr);
+    if (at != nullptr)
     {
-      point[a] = start[a];
+      lumo::SkeletonizationBasedImageToVesselTreeFilter::StartpointType point;
+      for (unsigned int a = 0; a < 3; ++a)
+      {
+        point[a] = at[a];
+      }
+      filter->SetStartpoint(point);
     }
-    filter->SetStartpoint(point);
-  }
-  {
-    // Left-out parts are reported below as a note, not as a toolkit warning.
-    QuietWarnings quiet;
-    ConsoleNotes notes(context.err, context.quiet);
-    filter->Update();
-  }
+    {
+      // Left-out parts are reported below as a note, not as a toolkit warning.
+      QuietWarnings quiet;
+      ConsoleNotes notes(context.err, context.quiet);
+      filter->Modified();
+      filter->Update();
+    }
+    lumo::VesselTreeData::Pointer result = filter->GetOutput(0);
+    result->DisconnectPipeline();
+    extracted = countVessels(result->GetVesselTreeData(0));
+    spurs = 0;
+    if (!options.keepSpurs)
+    {
+      // Removing spurs can leave a branching with one branch, which merging undoes, which can make new spurs.
+      SpurTreeCleaner spurCleaner;
+      ChildMergingTreeCleaner merger;
+      for (int round = 0; round < 20; ++round)
+      {
+        const std::size_t removed = spurCleaner.clean(result->GetVesselTreeData(0));
+        spurs += removed;
+        merger.clean(result->GetVesselTreeData(0));
+        if (removed == 0)
+        {
+          break;
+        }
+      }
+      result->TopologyModified();
+    }
+    return result;
+  };
+  lumo::VesselTreeData::Pointer tree = extractFrom(options.start.empty() ? nullptr : start);
   progress->Progress();
 
-  lumo::VesselTreeData::Pointer tree = filter->GetOutput(0);
-  const std::size_t extracted = countVessels(tree->GetVesselTreeData(0));
-  std::size_t spurs = 0;
-  if (!options.keepSpurs)
-  {
-    // Removing spurs can leave a branching with one branch, which merging undoes, which can make new spurs.
-    SpurTreeCleaner spurCleaner;
-    ChildMergingTreeCleaner merger;
-    for (int round = 0; round < 20; ++round)
-    {
-      const std::size_t removed = spurCleaner.clean(tree->GetVesselTreeData(0));
-      spurs += removed;
-      merger.clean(tree->GetVesselTreeData(0));
-      if (removed == 0)
-      {
-        break;
-      }
-    }
-    tree->TopologyModified();
-  }
+  // A thick trunk that thinned away: extract again from where it is, so that the root is there, and give the
+  // root vessel the trunk back.
   StubResult stub;
-  if (!options.noStub)
+  const std::optional<UncoveredPart> trunk =
+    options.noStub ? std::nullopt : thickestUncoveredPart(tree->GetVesselTreeData(0), mask);
+  if (trunk)
   {
-    stub = addMissingStub(tree->GetVesselTreeData(0), mask);
+    if (options.start.empty())
+    {
+      itk::ContinuousIndex<double, 3> index;
+      lumo::ImageToItkImage<unsigned char>(mask)->TransformPhysicalPointToContinuousIndex(trunk->centre, index);
+      const unsigned int at[3] = { static_cast<unsigned int>(std::lround(index[0])),
+                                   static_cast<unsigned int>(std::lround(index[1])),
+                                   static_cast<unsigned int>(std::lround(index[2])) };
+      tree = extractFrom(at);
+    }
+    stub = extendRootTowards(tree->GetVesselTreeData(0), mask, *trunk);
     if (stub.length > 0.0)
     {
       tree->AttributesModified();
@@ -394,7 +415,7 @@ addExtractCommand(CLI::App & app, Context & context)
     "  arbo extract portal-mask.nii.gz -o portal.ves --type portal\n"
     "  arbo extract labels.nrrd -o portal.ves --label 2   (label 2 of a label map)\n"
     "  arbo extract hepatic.nrrd -o hepatic.ves --type hepatic --start 255,301,120\n"
-    "  arbo extract artery.mha -o artery.ves --type artery --prune 3 --smooth 2\n"
+    "  arbo extract artery.mha -o artery.ves --type artery --prune 3 --smooth 3\n"
     "  arbo extract noisy.nrrd -o tree.ves --cleaned-iterations 2   (fewer small loops from holes)");
   command->add_option("mask", options->input, "The binary vessel segmentation (3-D image)")->required();
   command->add_option("-o,--output", options->output, "Where to write the tree (.ves or .vtp)")->required();
@@ -424,7 +445,11 @@ addExtractCommand(CLI::App & app, Context & context)
                     "Keep the short terminal branches that bumps of the vessel wall leave in the skeleton");
   command->add_option("--prune", options->prune, "Drop terminal vessels shorter than this (mm), repeatedly")
     ->check(CLI::NonNegativeNumber);
-  command->add_option("--smooth", options->smooth, "Smoothing passes over each centre line and its diameters");
+  command
+    ->add_option("--smooth",
+                 options->smooth,
+                 "Smoothing passes over each centre line and its diameters (0 keeps the voxel staircase)")
+    ->capture_default_str();
   command->add_flag("--raw-diameters",
                     options->rawDiameters,
                     "Keep the thinning's diameters (distance to the background less half a voxel) instead of "

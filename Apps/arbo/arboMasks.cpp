@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <set>
 #include <sstream>
 #include <vector>
@@ -266,13 +267,12 @@ cover(const MaskGeometry & g, const itk::Point<double, 3> & centre, double reach
 }
 } // namespace
 
-StubResult
-addMissingStub(const ArVesselTree & tree, const lumo::Image * mask)
+std::optional<UncoveredPart>
+thickestUncoveredPart(const ArVesselTree & tree, const lumo::Image * mask)
 {
-  StubResult result;
   if (tree.isNull() || tree->getRoot().isNull() || tree->getRoot()->numberOfPoints() == 0)
   {
-    return result;
+    return std::nullopt;
   }
   MaskGeometry g;
   g.image = lumo::ImageToItkImage<unsigned char>(mask).GetPointer();
@@ -285,6 +285,7 @@ addMissingStub(const ArVesselTree & tree, const lumo::Image * mask)
 
   // What the tree covers: every centre-line sample with its radius and a voxel.
   std::vector<unsigned char> covered(count, 0);
+  double largest = 0.0;
   std::unique_ptr<TreeIterator<ar<Vessel>>> it(tree->newPreorderIterator());
   while (it->hasNext())
   {
@@ -310,6 +311,7 @@ addMissingStub(const ArVesselTree & tree, const lumo::Image * mask)
         p[2] = a.z + t * (b.z - a.z);
         const double radius = 0.5 * (a.diameter + t * (b.diameter - a.diameter));
         cover(g, p, radius + voxel, covered);
+        largest = std::max(largest, radius);
       }
     }
   }
@@ -403,8 +405,9 @@ addMissingStub(const ArVesselTree & tree, const lumo::Image * mask)
       const MaskType::IndexType i{ { static_cast<long>(v % g.size[0]),
                                      static_cast<long>((v / g.size[0]) % g.size[1]),
                                      static_cast<long>(v / (g.size[0] * g.size[1])) } };
-      // 0 on the boundary voxels: half a voxel more is the radius there.
-      const double radius = map->GetPixel(i) + 0.5 * fine;
+      // The cut-out's indices start at 0. The map is 0 on the boundary voxels: half a voxel more is the radius.
+      const MaskType::IndexType inBox{ { i[0] - low[0], i[1] - low[1], i[2] - low[2] } };
+      const double radius = map->GetPixel(inBox) + 0.5 * fine;
       if (radius > thickest)
       {
         thickest = radius;
@@ -412,10 +415,30 @@ addMissingStub(const ArVesselTree & tree, const lumo::Image * mask)
       }
     }
   }
-  if (thickest < 2.0 * voxel)
+  // A lost trunk is about as thick as the thickest vessel found; bumps of the wall and loose ends are much thinner.
+  if (thickest < 1.5 * fine || thickest < 0.75 * largest)
+  {
+    return std::nullopt;
+  }
+  return UncoveredPart{ centre, thickest };
+}
+
+StubResult
+extendRootTowards(const ArVesselTree & tree, const lumo::Image * mask, const UncoveredPart & part)
+{
+  StubResult result;
+  if (tree.isNull() || tree->getRoot().isNull() || tree->getRoot()->numberOfPoints() == 0)
   {
     return result;
   }
+  MaskGeometry g;
+  g.image = lumo::ImageToItkImage<unsigned char>(mask).GetPointer();
+  g.size = g.image->GetLargestPossibleRegion().GetSize();
+  const MaskType::SpacingType & spacing = g.image->GetSpacing();
+  const double voxel = std::max({ spacing[0], spacing[1], spacing[2] });
+  const double fine = std::min({ spacing[0], spacing[1], spacing[2] });
+  const itk::Point<double, 3> centre = part.centre;
+  const double thickest = part.radius;
 
   // From the root's first point through the thickest voxel, inside the mask all the way.
   ar<Vessel> root = tree->getRoot();

@@ -5,6 +5,8 @@
 
 #include "ArVesselTree.h"
 
+#include <itkPoint.h>
+
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -32,23 +34,36 @@ sliceInterpolationFactor(const lumo::Image * mask);
  */
 lumo::Image::Pointer
 interpolateSlices(const lumo::Image * mask, unsigned int factor, std::size_t & voxels);
-/** What addMissingStub did: the stub's length (0 when none was added) and the radius of the mask where it points. */
+/** A thick part of a vessel mask that no vessel of a tree covers: its thickest voxel (world coordinates, mm) and
+ *  the radius of the mask there (its distance to the background and half a voxel, mm). */
+struct UncoveredPart
+{
+  itk::Point<double, 3> centre;
+  double radius{ 0.0 };
+};
+
+/** What extendRootTowards did: the stub's length (0 when none was added) and the radius of the part it points to. */
 struct StubResult
 {
   double length{ 0.0 };
   double radius{ 0.0 };
 };
 
-/** Gives back a trunk that thinning took away. A thick vessel that ends in a branching can thin into the
- *  branching's cluster, so that the tree starts at the branching and nothing covers the trunk. The mask voxels
- *  that no vessel covers (farther from every centre line than its radius and a voxel) are grouped into 26-connected
- *  parts; at the thickest of them (the voxel farthest from the background) the radius is measured. When it is at
- *  least two voxels and the straight line from the root's first point through it stays inside the mask, the root
- *  vessel is extended backwards along that line to a radius before the mask ends there: the root is where the trunk
- *  begins. Otherwise the tree is left as it is. The tree is in world coordinates (mm), the mask an unsigned 8-bit
- *  0/1 image. */
+/** The thickest part of the mask that the tree leaves uncovered, if its radius is at least one and a half voxels
+ *  and three quarters of the tree's largest radius. A thick
+ *  vessel that ends in a branching can thin into the branching's cluster, so that the tree lacks the vessel (and,
+ *  started at the thickest end point, starts elsewhere). Covered are the mask voxels within a vessel's radius and a
+ *  voxel of its centre line; the uncovered ones are grouped into 26-connected parts, and in the three largest the
+ *  distance to the background is measured. The tree is in world coordinates (mm), the mask an unsigned 8-bit 0/1
+ *  image. */
+std::optional<UncoveredPart>
+thickestUncoveredPart(const ArVesselTree & tree, const lumo::Image * mask);
+
+/** Extends the root vessel backwards from its first point along the straight line through the part's centre, to a
+ *  radius before the mask ends on that line, when the line stays inside the mask up to the centre; otherwise the
+ *  tree is left as it is. The tree should start near the part (extracted from the voxel nearest to its centre). */
 StubResult
-addMissingStub(const ArVesselTree & tree, const lumo::Image * mask);
+extendRootTowards(const ArVesselTree & tree, const lumo::Image * mask, const UncoveredPart & part);
 } // namespace arbo
 
 #endif

@@ -355,3 +355,34 @@ TEST_F(ArboExtract, MessagesOfTheThinningCodeBecomeNotesOnStandardError)
   std::cout << "after" << std::endl;
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "after\n");
 }
+
+TEST_F(ArboExtract, ATrunkThatThinsAwayIsGivenBackAsTheRoot)
+{
+  // The small phantom of seed 2: its portal trunk (radius 7 mm in voxels of 2.5 mm) thins into the first branching,
+  // and the thickest end point lies at the end of a branch, far from the hilum.
+  ArboRun run = runArbo({ "-q", "phantom", "--out", path("phantom"), "--size", "small", "--seed", "2" });
+  ASSERT_EQ(run.status, 0) << run.err;
+  const std::string mask = path("phantom/portal.nrrd");
+  const std::string truth = path("phantom/truth-portal.ves");
+  auto distance = [&](const std::string & tree) {
+    ArboRun compare = runArbo({ "compare", truth, tree, "--voxel-size", "2.5", "--min-radius-voxels", "1.5" });
+    EXPECT_EQ(compare.status, 0) << compare.err;
+    const std::string marker = "truth to test distance:";
+    return std::stod(compare.out.substr(compare.out.find(marker) + marker.size()));
+  };
+
+  run = runArbo({ "extract", mask, "-o", path("stub.ves") });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_NE(run.err.find("arbo: note: the root vessel was extended by "), std::string::npos) << run.err;
+  // Within 0.6 voxel of the true centre lines on average.
+  EXPECT_LE(distance(path("stub.ves")), 0.6 * 2.5);
+  // The root starts where the true trunk does (the hilum), within two voxels.
+  const VesselPoint root = readTree(path("stub.ves"))->getRootNode()->getData()->getPoint(0);
+  const VesselPoint hilum = readTree(truth)->getRootNode()->getData()->getPoint(0);
+  EXPECT_LT(std::hypot(root.x - hilum.x, root.y - hilum.y, root.z - hilum.z), 5.0);
+
+  run = runArbo({ "extract", mask, "-o", path("nostub.ves"), "--no-stub" });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.err.find("extended"), std::string::npos) << run.err;
+  EXPECT_GT(distance(path("nostub.ves")), 0.7 * 2.5);
+}
