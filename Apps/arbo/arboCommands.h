@@ -44,6 +44,8 @@ void
 addRenderCommand(CLI::App & app, Context & context);
 void
 addViewCommand(CLI::App & app, Context & context);
+void
+addResectCommand(CLI::App & app, Context & context);
 } // namespace arbo
 
 #endif
