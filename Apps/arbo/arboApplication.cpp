@@ -58,6 +58,7 @@ runApplication(int argc, const char * const * argv, std::ostream & out, std::ost
   addRenderCommand(app, context);
   addViewCommand(app, context);
   addResectCommand(app, context);
+  addSceneCommand(app, context);
 
   try
   {

@@ -1,5 +1,7 @@
 #include "arboFiles.h"
 
+#include "VesselIdRenumbering.h"
+
 #include "arboAtomicFile.h"
 #include "arboError.h"
 
@@ -149,13 +151,30 @@ readData(const std::string & path)
 }
 
 lumo::VesselTreeData::Pointer
-readVesselTree(const std::string & path)
+readVesselTree(const std::string & path, std::ostream * notes)
 {
   lumo::BaseData::Pointer data = readData(path);
   auto * tree = dynamic_cast<lumo::VesselTreeData *>(data.GetPointer());
   if (tree == nullptr)
   {
     throw Error(path, "holds " + kindOf(data) + ", not a vessel tree");
+  }
+  const ArVesselTree legacy = tree->GetVesselTreeData(0);
+  const VesselIdRenumbering::Report ids = VesselIdRenumbering::inspect(legacy);
+  if (ids.needsRenumbering())
+  {
+    VesselIdRenumbering::renumberInPreorder(legacy);
+    tree->TopologyModified();
+    if (notes != nullptr)
+    {
+      *notes << "arbo: " << path << ": note: vessel ids renumbered 1.." << ids.vessels << " in pre-order ("
+             << ids.duplicates << " repeated, " << ids.collisions << " clashing in the 16 bits of the supply areas)";
+      if (ids.vessels > 65535)
+      {
+        *notes << "; more than 65535 vessels cannot all be told apart in supply areas";
+      }
+      *notes << "\n";
+    }
   }
   return tree;
 }

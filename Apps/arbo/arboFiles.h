@@ -4,6 +4,7 @@
 #include "lumoBaseData.h"
 #include "lumoVesselTreeData.h"
 
+#include <iosfwd>
 #include <string>
 
 namespace arbo
@@ -17,9 +18,11 @@ registerFileTypes();
 lumo::BaseData::Pointer
 readData(const std::string & path);
 
-/** Opens a file that must hold a vessel tree. */
+/** Opens a file that must hold a vessel tree. Vessel ids that the supply areas could not tell apart (repeated, 0,
+ *  or equal in their low 16 bits, as trees from other tools have them) are renumbered 1, 2, ... in pre-order, with
+ *  a note to `notes` when it is given; the note goes where the ids matter (supply areas, labelled trees written). */
 lumo::VesselTreeData::Pointer
-readVesselTree(const std::string & path);
+readVesselTree(const std::string & path, std::ostream * notes = nullptr);
 
 /** Writes data in the format of the file name's ending, atomically (temporary file beside it, then renamed):
  *  vessel trees as .ves or .vtp, images in any image format, surfaces as .vtp, .vtk or .stl. Throws arbo::Error

@@ -9,6 +9,7 @@
 #include "lumoSurface.h"
 
 #include "VesselLabels.h"
+#include "VesselIdRenumbering.h"
 #include "VesselTreeStatistics.h"
 
 #include <CLI/CLI.hpp>
@@ -80,6 +81,7 @@ void
 describeVesselTree(const lumo::VesselTreeData & data, const InfoOptions & options, Context & context)
 {
   const VesselTreeStatistics statistics(data.GetVesselTreeData(0));
+  const VesselIdRenumbering::Report ids = VesselIdRenumbering::inspect(data.GetVesselTreeData(0));
   if (options.json)
   {
     Json json;
@@ -93,6 +95,8 @@ describeVesselTree(const lumo::VesselTreeData & data, const InfoOptions & option
     json["bloodVesselTypes"] = countsAsJson(statistics.bloodVesselTypeCounts(), &VesselLabels::bloodVesselTypeName);
     json["segments"] = countsAsJson(statistics.segmentCounts(), &VesselLabels::segmentTypeName);
     json["resectionStatus"] = countsAsJson(statistics.resectionStatusCounts(), &VesselLabels::resectionStatusName);
+    json["repeatedVesselIds"] = ids.duplicates;
+    json["collidingVesselIds"] = ids.collisions;
     context.out << json.dump(2) << "\n";
     return;
   }
@@ -108,6 +112,12 @@ describeVesselTree(const lumo::VesselTreeData & data, const InfoOptions & option
   printCounts(out, "blood vessel types", statistics.bloodVesselTypeCounts(), &VesselLabels::bloodVesselTypeName);
   printCounts(out, "segments", statistics.segmentCounts(), &VesselLabels::segmentTypeName);
   printCounts(out, "resection status", statistics.resectionStatusCounts(), &VesselLabels::resectionStatusName);
+  if (ids.needsRenumbering())
+  {
+    out << "  vessel ids:           " << ids.duplicates << " repeated, " << ids.collisions
+        << " clashing in the 16 bits of the supply areas; supply and label renumber them 1.." << ids.vessels
+        << " in pre-order\n";
+  }
 }
 
 void

@@ -35,8 +35,8 @@ struct LabelOptions
 void
 transferLabels(const LabelOptions & options, Context & context)
 {
-  lumo::VesselTreeData::Pointer reference = readVesselTree(options.from);
-  lumo::VesselTreeData::Pointer data = readVesselTree(options.input);
+  lumo::VesselTreeData::Pointer reference = readVesselTree(options.from, context.quiet ? nullptr : &context.err);
+  lumo::VesselTreeData::Pointer data = readVesselTree(options.input, context.quiet ? nullptr : &context.err);
   const std::size_t labelled =
     VesselLabelTransfer::transfer(reference->GetVesselTreeData(0), data->GetVesselTreeData(0));
   if (labelled == 0)
@@ -132,7 +132,7 @@ label(const LabelOptions & options, Context & context)
     what = options.hide ? "hidden" : "shown";
   }
 
-  lumo::VesselTreeData::Pointer data = readVesselTree(options.input);
+  lumo::VesselTreeData::Pointer data = readVesselTree(options.input, context.quiet ? nullptr : &context.err);
   if (data->GetVesselById(options.vessel, 0).isNull())
   {
     throw Error(options.input, "has no vessel with id " + std::to_string(options.vessel));

@@ -152,14 +152,14 @@ supply(const SupplyOptions & options, Context & context)
   // The calculator takes 8-bit organ masks only: other voxel types and label maps are converted here.
   std::size_t organVoxels = 0;
   const lumo::Image::Pointer organ = binaryMaskOf(organImage, options.organ, options.organLabel, organVoxels);
-  lumo::VesselTreeData::Pointer tree = readVesselTree(options.tree);
+  lumo::VesselTreeData::Pointer tree = readVesselTree(options.tree, context.quiet ? nullptr : &context.err);
   if (!options.with.empty())
   {
     // Several vascular systems at once: one tree holding them all.
     std::vector<ArVesselTree> trees{ tree->GetVesselTreeData(0) };
     for (const std::string & file : options.with)
     {
-      trees.push_back(readVesselTree(file)->GetVesselTreeData(0));
+      trees.push_back(readVesselTree(file, context.quiet ? nullptr : &context.err)->GetVesselTreeData(0));
     }
     tree = lumo::VesselTreeData::New();
     tree->initialize(joinVesselTrees(trees));

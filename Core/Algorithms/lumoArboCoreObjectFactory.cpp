@@ -3,13 +3,16 @@
 #include "lumoYetAnotherVesselTreeMapper3D.h"
 
 #include "lumoBoolProperty.h"
+#include "lumoCalyxSceneIOReaderFactory.h"
 #include "lumoCoreObjectFactory.h"
 #include "lumoLogger.h"
 #include "lumoVesselTreeData.h"
+#include "lumoVesselTreeDataSerializerFactory.h"
 #include "lumoVesselTreeFileIOFactory.h"
 #include "lumoVesselTreeFileWriter.h"
 #include "lumoVesselTreeLookupTable.h"
 #include "lumoVesselTreeLookupTableProperty.h"
+#include "lumoVesselTreeLookupTablePropertySerializerFactory.h"
 #include "lumoVesselTreeToLookupTableFilter.h"
 
 #include <mutex>
@@ -32,8 +35,11 @@ ArboCoreObjectFactory::ArboCoreObjectFactory()
   m_FileWriters.push_back(VesselTreeFileWriter::New().GetPointer());
   std::call_once(g_FirstConstruction, [this] {
     LUMO_INFO << "ArboCoreObjectFactory c'tor";
-    // The scene (.rs) reader factory is registered here, ahead of the .ves one, once scene reading exists.
+    // Scenes (.rs) first, then .ves files; the scene writer finds the colour table's serializer by class name.
+    CalyxSceneIOReaderFactory::RegisterOneFactory();
     VesselTreeFileIOFactory::RegisterOneFactory();
+    VesselTreeLookupTablePropertySerializerFactory::RegisterOneFactory();
+    VesselTreeDataSerializerFactory::RegisterOneFactory();
     this->FillExtensionMaps();
   });
 }

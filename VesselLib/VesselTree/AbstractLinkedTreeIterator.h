@@ -12,7 +12,8 @@ class LinkedTree;
 /** Common implementation of the iterators of a LinkedTree. A concrete iterator only provides its successor rule.
  *
  *  The iterator sees the tree's root through a pointer to the tree's root field, so it follows a re-rooted tree.
- *  The look-ahead node is computed lazily and dropped when the tree reports a change. */
+ *  The look-ahead node is computed lazily and dropped when the tree reports a change. Only a node is cached, never
+ *  "no successor": at the end, hasNext looks again, so that nodes appended during a walk are reached. */
 template <class T>
 class AbstractLinkedTreeIterator : public virtual TreeIterator<T>
 {
@@ -23,14 +24,9 @@ public:
   bool
   hasNext() override
   {
-    if (m_next != nullptr)
-    {
-      return true;
-    }
-    if (!m_nextKnown)
+    if (m_next == nullptr)
     {
       m_next = successor(m_current);
-      m_nextKnown = true;
     }
     return m_next != nullptr;
   }
@@ -44,7 +40,6 @@ public:
     }
     m_current = m_next;
     m_next = nullptr;
-    m_nextKnown = false;
     entered(m_current);
     hasNext();
     return m_current->getData();
@@ -91,7 +86,6 @@ public:
   treeChanged(const TreeIterator<T> *) override
   {
     m_next = nullptr;
-    m_nextKnown = false;
   }
 
   /** Copies the position, the look-ahead, the root field and the tree of another iterator. */
@@ -100,7 +94,6 @@ public:
   {
     m_current = other.m_current;
     m_next = other.m_next;
-    m_nextKnown = other.m_nextKnown;
     m_rootField = other.m_rootField;
     m_tree = other.m_tree;
   }
@@ -144,12 +137,10 @@ protected:
   {
     m_current = node;
     m_next = nullptr;
-    m_nextKnown = false;
   }
 
   NodeType * m_current{ nullptr };
   NodeType * m_next{ nullptr };
-  bool m_nextKnown{ false };
   NodeType * const * m_rootField{ nullptr };
   LinkedTree<T> * m_tree{ nullptr };
 };

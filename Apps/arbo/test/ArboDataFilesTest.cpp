@@ -3,6 +3,8 @@
 #include "lumoImage.h"
 #include "lumoImageIO.h"
 
+#include "arboAtomicFile.h"
+
 #include <nlohmann/json.hpp>
 #include <vtkCellData.h>
 #include <vtkPointData.h>
@@ -171,4 +173,26 @@ TEST_F(ArboDataFiles, LabelImagesCompareVoxelByVoxel)
   EXPECT_EQ(tree.err,
             "arbo: " + dataFile("sample-portal.ves") + ": holds vessel tree, not an image like " + path("truth.nrrd") +
               "\n");
+}
+
+TEST_F(ArboDataFiles, AWriterThatThrowsLeavesTheTargetUntouchedAndNoTemporaryFile)
+{
+  writeFile(path("plan.ves"), "the user's earlier file\n");
+  std::string temporary;
+  EXPECT_THROW(arbo::writeAtomically(path("plan.ves"),
+                                     [&](const std::string & file) {
+                                       temporary = file;
+                                       writeFile(file, "half of a new file");
+                                       throw std::runtime_error("disk full");
+                                     }),
+               std::runtime_error);
+  EXPECT_NE(temporary, path("plan.ves"));
+  EXPECT_EQ(std::filesystem::path(temporary).parent_path(), m_Folder);
+  EXPECT_EQ(readFile(path("plan.ves")), "the user's earlier file\n");
+  EXPECT_EQ(files(), (std::vector<std::string>{ "plan.ves" }));
+
+  // With no earlier file, nothing is left at all.
+  EXPECT_THROW(arbo::writeAtomically(path("new.ves"), [](const std::string &) { throw std::runtime_error("x"); }),
+               std::runtime_error);
+  EXPECT_EQ(files(), (std::vector<std::string>{ "plan.ves" }));
 }

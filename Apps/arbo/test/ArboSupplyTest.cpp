@@ -141,6 +141,46 @@ TEST_F(ArboSupply, TableAddsUpToTheOrganAndTheImageKeepsItsGeometry)
   EXPECT_EQ(row, (std::vector<unsigned char>{ 0, 0, S_V, S_V, S_V, S_V, S_VI, S_VI, S_VI, S_VI }));
 }
 
+TEST_F(ArboSupply, RepeatedOrCollidingVesselIdsGiveTheTerritoriesOfUniqueIds)
+{
+  ArboRun unique = runArbo({ "supply", path("liver.nrrd"), path("portal.ves"), "-o", path("unique.nrrd") });
+  ASSERT_EQ(unique.status, 0) << unique.err;
+  // Ids as other tools write them: all the same; and unique ids that meet in the 16 bits of the id volume
+  // (65537 and 1) or fall on its "no vessel" value (65536).
+  std::vector<VesselRecipe> same = treeRecipe();
+  std::vector<VesselRecipe> colliding = treeRecipe();
+  const int collidingIds[] = { 65537, 1, 65536 };
+  for (std::size_t i = 0; i < same.size(); ++i)
+  {
+    same[i].id = 7;
+    colliding[i].id = collidingIds[i];
+  }
+  writeTree(path("same.ves"), same);
+  writeTree(path("colliding.ves"), colliding);
+
+  ArboRun info = runArbo({ "info", path("same.ves"), "--json" });
+  ASSERT_EQ(info.status, 0) << info.err;
+  EXPECT_EQ(nlohmann::json::parse(info.out)["repeatedVesselIds"], 2);
+  info = runArbo({ "info", path("colliding.ves") });
+  EXPECT_NE(
+    info.out.find("  vessel ids:           0 repeated, 2 clashing in the 16 bits of the supply areas; supply and "
+                  "label renumber them 1..3 in pre-order\n"),
+    std::string::npos)
+    << info.out;
+
+  for (const char * name : { "same", "colliding" })
+  {
+    const std::string tree = path(std::string(name) + ".ves");
+    const std::string areas = path(std::string(name) + ".nrrd");
+    ArboRun run = runArbo({ "supply", path("liver.nrrd"), tree, "-o", areas });
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(readFile(areas), readFile(path("unique.nrrd"))) << name;
+    EXPECT_NE(run.err.find("arbo: " + tree + ": note: vessel ids renumbered 1..3 in pre-order ("), std::string::npos)
+      << run.err;
+    EXPECT_TRUE(runArbo({ "--quiet", "supply", path("liver.nrrd"), tree, "-o", areas }).err.empty());
+  }
+}
+
 TEST_F(ArboSupply, PrintsATableByModeWithNames)
 {
   ArboRun run = runArbo({ "supply",

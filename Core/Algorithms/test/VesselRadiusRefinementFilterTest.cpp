@@ -13,24 +13,33 @@ using namespace vessel_test;
 
 namespace
 {
-/** A 40 x 40 x 40 mask of spacing (0.8, 0.8, 1.2) and origin (-10, 5, 0) holding a cylinder of the given radius
- *  (mm) along x through the world point (*, 21.3, 24.4), off the voxel lattice, drawn by voxel centres. */
+/** A 40 x 40 x 40 mask holding a cylinder of the given radius (mm) along world x through the world point
+ *  (*, 21.3, 24.4), off the voxel lattice, drawn by voxel centres. Straight: spacing (0.8, 0.8, 1.2), origin
+ *  (-10, 5, 0). Rotated: index x runs along world y and index y against world x, with spacing (0.8, 0.7, 1.2) and
+ *  origin (20, 5, 0), so that a frame that mixes up rows and columns or their spacings misses the cylinder. */
 Image::Pointer
-cylinderMask(double radius)
+cylinderMask(double radius, bool rotated = false)
 {
   auto image = Image::New();
   Image::SizeType size;
   size.fill(40);
   Vector3D spacing;
   spacing[0] = 0.8;
-  spacing[1] = 0.8;
+  spacing[1] = rotated ? 0.7 : 0.8;
   spacing[2] = 1.2;
   Point3D origin;
-  origin[0] = -10;
+  origin[0] = rotated ? 20 : -10;
   origin[1] = 5;
   origin[2] = 0;
   Image::DirectionType direction;
   direction.SetIdentity();
+  if (rotated)
+  {
+    direction.Fill(0.0);
+    direction[0][1] = -1.0;
+    direction[1][0] = 1.0;
+    direction[2][2] = 1.0;
+  }
   image->Initialize(itk::IOComponentEnum::UCHAR, size, spacing, origin, direction);
   auto * voxels = static_cast<unsigned char *>(image->GetData());
   for (unsigned int z = 0; z < 40; ++z)
@@ -39,7 +48,8 @@ cylinderMask(double radius)
     {
       for (unsigned int x = 0; x < 40; ++x)
       {
-        const double wy = 5 + 0.8 * y - 21.3;
+        // World y of the voxel centre: along index y when straight, along index x when rotated.
+        const double wy = 5 + 0.8 * (rotated ? x : y) - 21.3;
         const double wz = 1.2 * z - 24.4;
         voxels[(z * 40 + y) * 40 + x] = wy * wy + wz * wz <= radius * radius ? 1 : 0;
       }
@@ -77,17 +87,20 @@ diametersOf(const VesselTreeData & data)
 
 TEST(VesselRadiusRefinementFilter, CrossSectionsGiveTheCylindersRadius)
 {
-  for (double radius : { 2.0, 3.5, 5.0 })
+  for (bool rotated : { false, true })
   {
-    auto filter = VesselRadiusRefinementFilter::New();
-    filter->SetInput(axisTree(static_cast<float>(radius))); // half the true diameter, as a short estimate
-    filter->SetMask(cylinderMask(radius));
-    filter->Update();
-    for (float diameter : diametersOf(*filter->GetOutput()))
+    for (double radius : { 2.0, 3.5, 5.0 })
     {
-      // Within a third of the in-plane voxel size of the true diameter: a cross-section of a few dozen voxels
-      // cannot say more.
-      EXPECT_NEAR(diameter, 2.0 * radius, 0.27) << "radius " << radius;
+      auto filter = VesselRadiusRefinementFilter::New();
+      filter->SetInput(axisTree(static_cast<float>(radius))); // half the true diameter, as a short estimate
+      filter->SetMask(cylinderMask(radius, rotated));
+      filter->Update();
+      for (float diameter : diametersOf(*filter->GetOutput()))
+      {
+        // Within a third of the in-plane voxel size of the true diameter: a cross-section of a few dozen voxels
+        // cannot say more.
+        EXPECT_NEAR(diameter, 2.0 * radius, 0.27) << "radius " << radius << (rotated ? " rotated" : "");
+      }
     }
   }
 }

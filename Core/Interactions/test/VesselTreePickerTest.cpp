@@ -74,6 +74,27 @@ TEST(VesselTreePicker, EndSphereGivesTheVesselEndingThere)
   }
 }
 
+TEST(VesselTreePicker, AOnePointVesselIsPickedOnItsEndSphere)
+{
+  LUMO_REQUIRE_DISPLAY();
+  // Vessel 5 has a single point: no tube, only its end sphere (radius 3) at (20, 20, 0), clear of the others.
+  lumo::VesselTreeData::Pointer data = makePickingTree();
+  VesselNode * root = dynamic_cast<LinkedVesselTree &>(*data->GetVesselTreeData(0).get()).getRootNode();
+  addChild(root, 5)->getData()->setPoints({ { 20, 20, 0, 6 } });
+  data->TopologyModified();
+  RenderedVesselTree scene(data);
+  for (const auto & world : { std::array<double, 2>{ 20, 20 }, std::array<double, 2>{ 21.5, 21.5 } })
+  {
+    const auto at = scene.project(world[0], world[1], 0);
+    for (int mode = 0; mode <= 2; ++mode)
+    {
+      bool picked = false;
+      EXPECT_EQ(pick(scene, mode, at, &picked), 5) << "mode " << mode << " at x " << world[0];
+      EXPECT_TRUE(picked);
+    }
+  }
+}
+
 TEST(VesselTreePicker, BackgroundGivesErrorIdWithoutWarning)
 {
   LUMO_REQUIRE_DISPLAY();

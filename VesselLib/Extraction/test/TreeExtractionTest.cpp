@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <deque>
 #include <memory>
 #include <vector>
@@ -407,4 +408,25 @@ TEST(BreadthFirstTreeExtractorTest, ThickestEndPointBecomesTheRootWhenAsked)
   ASSERT_EQ(vessels.size(), 1u);
   EXPECT_EQ(vessels[0].points.front().x, 25.0f);
   EXPECT_EQ(vessels[0].points.back().x, 2.0f);
+}
+
+TEST(BreadthFirstTreeExtractorTest, EqualEndsTieToTheLowerVoxelIndexAndEndsBeatThickerInnerPoints)
+{
+  // Both ends equally thick, a thicker voxel inside; the points listed from the far end first, so that list order
+  // cannot decide.
+  Skeleton skeleton(30, 5, 5);
+  for (unsigned short x = 25; x >= 2; --x)
+    skeleton.set(x, 2, 2, x == 2 || x == 25 ? 4.0f : (x == 13 ? 6.0f : 2.0f));
+  for (bool reversed : { false, true })
+  {
+    DistancePoint3DList points(skeleton.points()->begin(), skeleton.points()->end());
+    if (reversed)
+      std::reverse(points.begin(), points.end());
+    BreadthFirstTreeExtractor extractor;
+    extractor.setStartAtThickestEndPoint(true);
+    const std::vector<Flat> vessels = flatten(extractor.getTree(skeleton.volume(), &points, Point3D(13, 2, 2)));
+    ASSERT_EQ(vessels.size(), 1u);
+    EXPECT_EQ(vessels[0].points.front().x, 2.0f) << (reversed ? "reversed" : "in order");
+    EXPECT_EQ(vessels[0].points.back().x, 25.0f);
+  }
 }

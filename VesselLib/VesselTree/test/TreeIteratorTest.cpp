@@ -34,6 +34,19 @@ TEST_F(TreeIteratorOrder, PreorderFromTheStartAndFromANode)
   EXPECT_EQ(idsOf(*fromTwo), (Ids{ 4, 5, 3, 6 }));
 }
 
+TEST_F(TreeIteratorOrder, AnIteratorAtTheEndReachesANodeAppendedAfterwards)
+{
+  It all(tree->newPreorderIterator());
+  EXPECT_EQ(idsOf(*all), (Ids{ 1, 2, 4, 5, 3, 6 }));
+  EXPECT_FALSE(all->hasNext());
+  // The walk stands on 6; a child appended to it now is the next node, and asking again finds it.
+  auto * last = dynamic_cast<AbstractLinkedTreeIterator<ar<Vessel>> &>(*all).getNode();
+  addChild(last, 7);
+  EXPECT_TRUE(all->hasNext());
+  EXPECT_EQ(all->next()->getVesselId(), 7);
+  EXPECT_FALSE(all->hasNext());
+}
+
 TEST_F(TreeIteratorOrder, PostorderVisitsChildrenBeforeTheirParent)
 {
   It all(tree->newPostorderIterator());

@@ -146,6 +146,27 @@ TEST(VesselLabelRules, SettingTheTypeResetsASegmentOfTheOtherSystem)
   Vessel all = activeVessel(PortalVein, S_All);
   VesselLabelRules::applyBloodVesselType(all, HepaticVein);
   EXPECT_EQ(all.getProperties().getSegmentType(), S_Undefined);
+
+  // The first and the last hepatic territory (HS_LSV 12, HS_RLS 27) are hepatic: kept by a hepatic vein, cleared
+  // by any other type.
+  for (std::int32_t territory : { HS_LSV, HS_RLS })
+  {
+    Vessel kept = activeVessel(HepaticVein, territory);
+    VesselLabelRules::applyBloodVesselType(kept, HepaticVein);
+    EXPECT_EQ(kept.getProperties().getSegmentType(), territory);
+    for (std::int32_t type : { PortalVein, Artery })
+    {
+      Vessel cleared = activeVessel(HepaticVein, territory);
+      VesselLabelRules::applyBloodVesselType(cleared, type);
+      EXPECT_EQ(cleared.getProperties().getSegmentType(), S_Undefined) << territory << " to type " << type;
+    }
+    Vessel hepatic = activeVessel(HepaticVein, S_Undefined);
+    EXPECT_TRUE(VesselLabelRules::applySegmentType(hepatic, territory));
+    Vessel portal = activeVessel(PortalVein, S_Undefined);
+    EXPECT_FALSE(VesselLabelRules::applySegmentType(portal, territory));
+  }
+  Vessel beyond = activeVessel(HepaticVein, S_Undefined);
+  EXPECT_FALSE(VesselLabelRules::applySegmentType(beyond, HS_RLS + 1));
 }
 
 TEST(VesselLabelRules, ASegmentIsTakenOnlyWhenItFitsTheType)

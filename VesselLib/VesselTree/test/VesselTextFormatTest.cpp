@@ -129,7 +129,16 @@ TEST(VesselTextFormat, AnyWhiteSpaceLayoutReadsAlike)
   const std::string spread = "VALD-KRN\t2000\r\nTree\n\n{\t{ t\tf 1\n2 1 1 -1 1 [ 1 2 3 4 ] } \v< { t f 1 2 1 2 -1 0 }"
                              " < { t f 1 2 1 4 -1 0 } - | { t f 1 2 1 5 -1 0 } - > | { t f 1 2 1 3 -1 1 [ -1.5 "
                              "2e-3 3 .25 ] } < { t f 1 2 1 6 -1 0 } - > >\f}";
-  for (const std::string & text : { canonical, compact, spread })
+  // Files from Windows end their lines with CR LF; other writers put a sign before positive numbers.
+  std::string crlf;
+  for (char c : canonical)
+  {
+    crlf += c == '\n' ? std::string("\r\n") : std::string(1, c);
+  }
+  std::string signs = compact;
+  signs.replace(signs.find("[1 2 3 4]"), 9, "[+1 2 +3 +4]");
+  signs.replace(signs.find("{t f 1 2 1 3 -1 1"), 17, "{t f +1 2 1 +3 -1 +1");
+  for (const std::string & text : { canonical, compact, spread, crlf, signs })
   {
     bool ok = false;
     auto back = readTree(text, &ok);
