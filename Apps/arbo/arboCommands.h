@@ -46,6 +46,7 @@ void
 addViewCommand(CLI::App & app, Context & context);
 void
 addResectCommand(CLI::App & app, Context & context);
+void
 addSceneCommand(CLI::App & app, Context & context);
 } // namespace arbo
 

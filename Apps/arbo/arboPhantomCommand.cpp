@@ -2,6 +2,7 @@
 
 #include "arboError.h"
 #include "arboFiles.h"
+#include "arboPhantomDegradation.h"
 
 #include "lumoLiverPhantomSource.h"
 
@@ -10,6 +11,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <filesystem>
 #include <ostream>
@@ -26,6 +28,8 @@ struct PhantomOptions
   std::string out;
   std::string size{ "small" };
   std::uint64_t seed{ 1 };
+  double slice{ 0.0 };
+  Degradation degradation;
 };
 
 /** Makes the output folder when it is missing; refuses a path that is something else. */
@@ -67,7 +71,29 @@ runPhantom(const PhantomOptions & options, Context & context)
   auto source = lumo::LiverPhantomSource::New();
   source->SetSizePreset(preset);
   source->SetSeed(options.seed);
+  if (options.slice > 0.0)
+  {
+    // Thick slices over the same field of view: the masks are sampled at the slices' centres.
+    auto spacing = source->GetSpacing();
+    auto size = source->GetSize();
+    const double fieldOfView = spacing[2] * static_cast<double>(size[2]);
+    size[2] = std::max<std::size_t>(1, static_cast<std::size_t>(std::lround(fieldOfView / options.slice)));
+    spacing[2] = options.slice;
+    source->SetSize(size);
+    source->SetSpacing(spacing);
+  }
   source->Update();
+  const Degradation & degradation = options.degradation;
+  if (degradation.noise > 0.0 || degradation.holes > 0 || degradation.fragments > 0 || degradation.touching > 0)
+  {
+    degradePhantom(source->GetOrganMask(),
+                   source->GetPortalMask(),
+                   source->GetHepaticMask(),
+                   source->GetPortalTree()->GetVesselTreeData(0),
+                   source->GetHepaticTree()->GetVesselTreeData(0),
+                   degradation,
+                   options.seed);
+  }
 
   const std::vector<std::pair<std::string, lumo::BaseData *>> outputs = {
     { "organ.nrrd", source->GetOrganMask() },          { "portal.nrrd", source->GetPortalMask() },
@@ -159,12 +185,26 @@ addPhantomCommand(CLI::App & app, Context & context)
                   "  small   96 x 96 x 64 voxels of 2.5 x 2.5 x 3 mm\n"
                   "  medium  256 x 256 x 160 voxels of 0.9375 x 0.9375 x 1.2 mm\n"
                   "  large   512 x 512 x 300 voxels of 0.46875 x 0.46875 x 0.64 mm\n"
-                  "Example: arbo phantom --out phantom --size medium --seed 3");
+                  "Like a segmentation of real images (the true trees stay as they are): --slice MM samples the masks\n"
+                  "in slices of MM mm over the same field of view; --noise P flips P % of the boundary voxels of\n"
+                  "each mask; --holes N cuts N small cavities into each vessel mask, --fragments N adds N small\n"
+                  "disconnected pieces to each, --touching N brings portal and hepatic branches into contact at the\n"
+                  "N closest places. All default to 0 (the clean phantom); the same seed gives the same damage.\n"
+                  "Example: arbo phantom --out phantom --size medium --seed 3\n"
+                  "         arbo phantom --out degraded --size medium --slice 5 --noise 5 --holes 20");
   command->add_option("--out", options->out, "Folder for the six files")->required();
   command->add_option("--size", options->size, "small, medium or large (default small)")
     ->check(CLI::IsMember({ "small", "medium", "large" }));
   command->add_option("--seed", options->seed, "Seed of the random branching (default 1)")
     ->check(CLI::NonNegativeNumber);
+  command->add_option("--slice", options->slice, "Slice thickness in mm (default: the size's)")
+    ->check(CLI::Range(0.1, 192.0));
+  command->add_option("--noise", options->degradation.noise, "Percent of boundary voxels flipped (default 0)")
+    ->check(CLI::Range(0.0, 100.0));
+  command->add_option("--holes", options->degradation.holes, "Small cavities per vessel mask (default 0)");
+  command->add_option("--fragments", options->degradation.fragments, "Disconnected pieces per vessel mask (default 0)");
+  command->add_option(
+    "--touching", options->degradation.touching, "Contacts of portal and hepatic branches (default 0)");
   command->callback([options, &context] { runPhantom(*options, context); });
 }
 } // namespace arbo

@@ -4,6 +4,7 @@
 #include "arboError.h"
 #include "arboFiles.h"
 #include "arboScene.h"
+#include "arboMasks.h"
 
 #include "lumoImage.h"
 #include "lumoDeformablePlaneRPG.h"
@@ -25,6 +26,7 @@
 #include <iomanip>
 #include <map>
 #include <memory>
+#include <optional>
 #include <ostream>
 #include <sstream>
 #include <vector>
@@ -53,6 +55,8 @@ struct ResectOptions
   bool json{ false };
   double minFlr{ 25.0 };
   unsigned int threads{ 0 };
+  std::optional<long> organLabel;
+  std::optional<long> tumourLabel;
 };
 
 /** One margin as given and as it appears in file names ("2.5" for 2.5 mm). */
@@ -380,7 +384,12 @@ resect(const ResectOptions & options, Context & context)
                 "cannot write a vessel tree as '" + formatExtension(options.treeOut) + "' (supported: .ves, .vtp)");
   }
 
-  lumo::Image::Pointer organ = readImage(options.organ, "an organ segmentation image");
+  // Label maps and other voxel types become the 8-bit masks the generators take.
+  lumo::Image::Pointer organImage = readImage(options.organ, "an organ segmentation image");
+  std::size_t maskVoxels = 0;
+  lumo::Image::Pointer organ = organImage->GetDimension() == 3
+                                 ? binaryMaskOf(organImage, options.organ, options.organLabel, maskVoxels)
+                                 : organImage;
   lumo::VesselTreeData::Pointer portal = readVesselTree(options.portal);
   lumo::VesselTreeData::Pointer hepatic;
   if (!options.hepatic.empty())
@@ -390,14 +399,33 @@ resect(const ResectOptions & options, Context & context)
   lumo::Image::Pointer tumour;
   if (!options.tumour.empty())
   {
-    tumour = readImage(options.tumour, "a tumour mask image");
+    lumo::Image::Pointer tumourImage = readImage(options.tumour, "a tumour mask image");
+    tumour = tumourImage->GetDimension() == 3
+               ? binaryMaskOf(tumourImage, options.tumour, options.tumourLabel, maskVoxels)
+               : tumourImage;
+    // Organ and tumour from one label map: the tumour is part of the organ, as it is of the liver.
+    if (options.tumour == options.organ && options.organLabel && organ->GetPixelType() == itk::IOComponentEnum::UCHAR &&
+        tumour->GetPixelType() == itk::IOComponentEnum::UCHAR &&
+        organ->GetNumberOfVoxels() == tumour->GetNumberOfVoxels())
+    {
+      auto * o = static_cast<unsigned char *>(organ->GetData());
+      const auto * t = static_cast<const unsigned char *>(tumour->GetData());
+      for (std::size_t i = 0, n = organ->GetNumberOfVoxels(); i < n; ++i)
+      {
+        o[i] = o[i] != 0 || t[i] != 0 ? 1 : 0;
+      }
+    }
   }
   lumo::DeformablePlane::Pointer plane;
   if (cut)
   {
     plane = readPlane(options.plane);
-    // Front is the side facing away from the organ's centre, as in arbo view.
-    plane->SetOrgan(organ);
+    // Front is the side facing away from the organ's centre, as in arbo view. Anything but a 3-D mask is
+    // refused by the generator below.
+    if (organ->GetDimension() == 3 && organ->GetPixelType() == itk::IOComponentEnum::UCHAR)
+    {
+      plane->SetOrgan(organ);
+    }
     if (tumour)
     {
       checkSameGrid(*tumour, *organ, options.tumour);
@@ -694,15 +722,20 @@ addResectCommand(CLI::App & app, Context & context)
     "one territory labelling. The future liver remnant (FLR) is remnant / (organ - tumour inside the organ); a\n"
     "note on stderr flags proposals below --min-flr.\n"
     "The tumour mask must lie on the organ's grid (size, spacing, origin, direction); any non-zero voxel is\n"
-    "tumour. Trees are in the organ's world coordinates. With --tree-out, the trees are written with the statuses\n"
+    "tumour, or with --tumour-label N the voxels of value N (organ likewise with --organ-label N; organ and tumour\n"
+    "may be one label map, whose tumour then counts as organ too). Any voxel type is taken. Trees are in the organ's "
+    "world coordinates. With --tree-out, the trees are written with the statuses\n"
     "of the proposal (3 devascularised, 4 congested, 2 kept), for arbo view and arbo render.\n"
     "Examples: arbo resect liver.nrrd portal.ves --tumour tumour.nrrd --margin 0,5,10 -o risk.nrrd\n"
     "          arbo resect liver.nrrd portal.ves --hepatic hepatic.ves --tumour tumour.nrrd --margin 10 \\\n"
     "            -o resection.nii.gz --tree-out plan.ves --json\n"
     "          arbo resect liver.nrrd plan.ves --plan -o planned.nrrd\n"
     "          arbo resect liver.nrrd portal.ves --plane cut.mps --resect-side back -o cut.nrrd");
-  command->add_option("organ", options->organ, "Organ segmentation (3-D unsigned 8-bit image, 0 = outside)")
-    ->required();
+  command->add_option("organ", options->organ, "Organ segmentation (3-D image, 0 = outside) or label map")->required();
+  command->add_option(
+    "--organ-label", options->organLabel, "The organ's label in a label map (default: every voxel but 0)");
+  command->add_option(
+    "--tumour-label", options->tumourLabel, "The tumour's label in a label map (default: every voxel but 0)");
   command->add_option("portal", options->portal, "Portal vein tree (.ves) in the organ's world coordinates")
     ->required();
   command->add_option("--hepatic", options->hepatic, "Hepatic vein tree (.ves): drainage, areas at risk");

@@ -2,6 +2,7 @@
 
 #include "arboError.h"
 #include "arboFiles.h"
+#include "arboMasks.h"
 
 #include "lumoImage.h"
 #include "lumoLabelStatistics.h"
@@ -18,6 +19,7 @@
 #include <algorithm>
 #include <iomanip>
 #include <map>
+#include <optional>
 #include <ostream>
 #include <vector>
 #include <sstream>
@@ -38,6 +40,7 @@ struct SupplyOptions
   std::string mode{ "portal-defined-segments" };
   unsigned int threads{ 0 };
   bool json{ false };
+  std::optional<long> organLabel;
 };
 
 /** Command-line names of the calculation modes, in the calculator's order. */
@@ -137,11 +140,18 @@ supply(const SupplyOptions & options, Context & context)
                     })->second;
 
   lumo::BaseData::Pointer organData = readData(options.organ);
-  auto * organ = dynamic_cast<lumo::Image *>(organData.GetPointer());
-  if (organ == nullptr)
+  auto * organImage = dynamic_cast<lumo::Image *>(organData.GetPointer());
+  if (organImage == nullptr)
   {
     throw Error(options.organ, "holds a " + kindOf(organData) + ", not an organ segmentation image");
   }
+  if (organImage->GetDimension() != 3)
+  {
+    throw Error(options.organ, "is a 2-D image; supply areas need a 3-D organ segmentation");
+  }
+  // The calculator takes 8-bit organ masks only: other voxel types and label maps are converted here.
+  std::size_t organVoxels = 0;
+  const lumo::Image::Pointer organ = binaryMaskOf(organImage, options.organ, options.organLabel, organVoxels);
   lumo::VesselTreeData::Pointer tree = readVesselTree(options.tree, context.quiet ? nullptr : &context.err);
   if (!options.with.empty())
   {
@@ -200,7 +210,7 @@ supply(const SupplyOptions & options, Context & context)
 
   auto statistics = lumo::LabelStatistics::New();
   statistics->SetLabelImage(areas);
-  statistics->SetMask(organ->GetPixelType() == itk::IOComponentEnum::UCHAR ? organ : nullptr);
+  statistics->SetMask(organ);
   statistics->Compute();
 
   if (options.json)
@@ -276,15 +286,14 @@ addSupplyCommand(CLI::App & app, Context & context)
     "  portal-defined-resection-status    portal veins whose status is set; labels as above\n"
     "  hepatic-resection-status           all hepatic veins; labels as above\n"
     "  hepatic-defined-resection-status   hepatic veins whose status is set; labels as above\n"
-    "The organ must be a 3-D unsigned 8-bit image; the tree in the same world coordinates. The label image is\n"
-    "written with the organ's geometry in the format of the output's ending; the table lists voxels, millilitres\n"
-    "and the share of the organ per label.\n"
+    "The organ is a 3-D image of any voxel type (with --organ-label N, the voxels of value N of a label map); the\n"
+    "tree in the same world coordinates. The label image is written with the organ's geometry in the format of\n"
+    "the output's ending; the table lists voxels, millilitres and the share of the organ per label.\n"
     "Examples: arbo supply liver.nrrd portal.ves -o segments.nrrd\n"
     "          arbo supply liver.nrrd plan.ves -o resection.nii.gz --mode portal-resection-status --json\n"
     "          arbo supply liver.nrrd veins.ves -o territories.nrrd --mode hepatic-defined-segments --threads 2\n"
     "          arbo supply liver.nrrd portal.ves --with hepatic.ves -o systems.nrrd --mode all-vessels-types");
-  command->add_option("organ", options->organ, "Organ segmentation (3-D unsigned 8-bit image, 0 = outside)")
-    ->required();
+  command->add_option("organ", options->organ, "Organ segmentation (3-D image, 0 = outside) or label map")->required();
   command->add_option("tree", options->tree, "Vessel tree (.ves) in the organ's world coordinates")->required();
   command->add_option("-o,--output", options->output, "Where to write the label image (.nrrd, .nii.gz, .mha, ...)")
     ->required();
@@ -295,6 +304,8 @@ addSupplyCommand(CLI::App & app, Context & context)
     ->capture_default_str();
   command->add_option("--threads", options->threads, "Threads for the voxel loop (default: all cores)")
     ->check(CLI::Range(1u, 1024u));
+  command->add_option(
+    "--organ-label", options->organLabel, "The organ's label in a label map (default: every voxel but 0)");
   command->add_flag("--json", options->json, "Print the table as JSON (for scripts)");
   command->callback([options, &context] { supply(*options, context); });
 }

@@ -5,6 +5,8 @@
 #include "lumoImage.h"
 #include "lumoImageIO.h"
 
+#include <cmath>
+#include <iostream>
 #include <locale>
 
 using namespace arbo_test;
@@ -99,10 +101,11 @@ TEST_F(ArboExtract, SixteenBitMaskIsThresholdedWithANote)
   const std::string mask = writeY(itk::IOComponentEnum::USHORT);
   ArboRun run = runArbo({ "extract", mask, "-o", path("y.ves") });
   ASSERT_EQ(run.status, 0) << run.err;
-  EXPECT_EQ(run.err.rfind("arbo: note: " + mask +
-                            " holds unsigned_short voxels, not unsigned 8-bit; voxels above 0 are taken as vessel\n",
-                          0),
-            0u)
+  EXPECT_EQ(
+    run.err.rfind("arbo: note: " + mask +
+                    " holds unsigned_short voxels, not unsigned 8-bit; voxels other than 0 are taken as vessel\n",
+                  0),
+    0u)
     << run.err;
   EXPECT_EQ(readTree(path("y.ves"))->numberOfNodes(), 3);
   run = runArbo({ "-q", "extract", mask, "-o", path("quiet.ves") });
@@ -116,7 +119,7 @@ TEST_F(ArboExtract, EmptyTwoDimensionalAndNonImageInputsFailWithAMessageAndNoOut
   lumo::WriteImageFile(newImage(itk::IOComponentEnum::UCHAR, 8, 8, 8), empty);
   ArboRun run = runArbo({ "extract", empty, "-o", path("out.ves") });
   EXPECT_EQ(run.status, 1);
-  EXPECT_EQ(run.err, "arbo: " + empty + ": the mask is empty (no voxel above 0): nothing to extract\n");
+  EXPECT_EQ(run.err, "arbo: " + empty + ": the mask is empty (no voxel other than 0): nothing to extract\n");
 
   auto flat = newImage(itk::IOComponentEnum::UCHAR, 8, 8, 1, 2);
   std::fill_n(static_cast<unsigned char *>(flat->GetData()), 64, 1);
@@ -186,4 +189,200 @@ TEST_F(ArboExtract, HelpTeachesWithExamples)
   EXPECT_NE(run.out.find("arbo extract portal-mask.nii.gz -o portal.ves --type portal"), std::string::npos);
   EXPECT_NE(run.out.find("--no-endpoint-suppression"), std::string::npos);
   EXPECT_NE(run.out.find("thickest end point"), std::string::npos);
+}
+
+namespace
+{
+/** Total centre-line length of a tree (mm) and the largest distance of its points from the line x = x0 + z,
+ *  y = y0 (mm). */
+void
+measureDiagonal(LinkedVesselTree & tree, double x0, double y0, double & length, double & offLine)
+{
+  length = 0.0;
+  offLine = 0.0;
+  std::unique_ptr<TreeIterator<ar<Vessel>>> it(tree.newPreorderIterator());
+  while (it->hasNext())
+  {
+    const auto & points = it->next()->getPoints();
+    for (std::size_t i = 0; i < points.size(); ++i)
+    {
+      const VesselPoint & p = points[i];
+      // Distance from the line through (x0, y0, 0) along (1, 0, 1) / sqrt(2).
+      const double u = (p.x - x0 - p.z) / std::sqrt(2.0);
+      offLine = std::max(offLine, std::hypot(u, p.y - y0));
+      if (i > 0)
+      {
+        const VesselPoint & q = points[i - 1];
+        length += std::sqrt((p.x - q.x) * (p.x - q.x) + (p.y - q.y) * (p.y - q.y) + (p.z - q.z) * (p.z - q.z));
+      }
+    }
+  }
+}
+} // namespace
+
+TEST_F(ArboExtract, LabelPicksTheVesselsOfALabelMap)
+{
+  // Liver 1 around the Y of vessels 2, a tumour 3 beside it; 16-bit, as label maps often are.
+  const std::uint32_t size[3] = { 60, 40, 21 };
+  std::vector<unsigned char> y(60 * 40 * 21, 0);
+  drawY(y.data(), size);
+  auto labels = newImage(itk::IOComponentEnum::USHORT, 60, 40, 21);
+  auto * voxels = static_cast<unsigned short *>(labels->GetData());
+  for (std::size_t i = 0; i < y.size(); ++i)
+  {
+    const std::size_t x = i % 60;
+    const std::size_t row = (i / 60) % 40;
+    voxels[i] = y[i] != 0 ? 2 : (x >= 40 && row >= 16 && row <= 24 ? 3 : 1);
+  }
+  lumo::Vector3D spacing;
+  spacing.Fill(0.5);
+  labels->SetSpacing(spacing);
+  lumo::WriteImageFile(labels, path("labels.nrrd"));
+  const std::string mask = writeY();
+
+  ArboRun plain = runArbo({ "-q", "extract", mask, "-o", path("plain.ves") });
+  ASSERT_EQ(plain.status, 0) << plain.err;
+  ArboRun run = runArbo({ "extract", path("labels.nrrd"), "--label", "2", "-o", path("label.ves") });
+  ASSERT_EQ(run.status, 0) << run.err;
+  // No note about the voxel type: the label says what counts.
+  EXPECT_EQ(run.err.rfind("arbo: 3 vessels (Portal vein) from a skeleton of 69 voxels", 0), 0u) << run.err;
+  EXPECT_EQ(readFile(path("label.ves")), readFile(path("plain.ves")));
+
+  // Without --label the whole labelled block is vessel: not the Y.
+  run = runArbo({ "-q", "extract", path("labels.nrrd"), "-o", path("all.ves") });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_NE(readFile(path("all.ves")), readFile(path("plain.ves")));
+
+  const std::vector<std::string> before = files();
+  run = runArbo({ "extract", path("labels.nrrd"), "--label", "5", "-o", path("five.ves") });
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.err, "arbo: " + path("labels.nrrd") + ": label 5 does not occur (labels present: 1, 2, 3)\n");
+  EXPECT_EQ(files(), before);
+}
+
+TEST_F(ArboExtract, ThickSlicesAreInterpolatedSoThatADiagonalVesselStaysWhole)
+{
+  // A vessel of radius 2 mm at 45 degrees through slices of 5 mm with pixels of 0.5 mm, from (10, 10, 5) to
+  // (50, 10, 45) mm: 56.6 mm long. Each slice cuts it in an ellipse 5.7 mm long, shifted by 5 mm per slice.
+  const unsigned int nx = 120;
+  const unsigned int ny = 40;
+  const unsigned int nz = 11;
+  auto image = newImage(itk::IOComponentEnum::UCHAR, nx, ny, nz);
+  auto * data = static_cast<unsigned char *>(image->GetData());
+  const double from[3] = { 10.0, 10.0, 5.0 };
+  const double to[3] = { 50.0, 10.0, 45.0 };
+  for (unsigned int k = 0; k < nz; ++k)
+    for (unsigned int j = 0; j < ny; ++j)
+      for (unsigned int i = 0; i < nx; ++i)
+      {
+        const double p[3] = { 0.5 * i - from[0], 0.5 * j - from[1], 5.0 * k - from[2] };
+        const double d[3] = { to[0] - from[0], to[1] - from[1], to[2] - from[2] };
+        double t = (p[0] * d[0] + p[1] * d[1] + p[2] * d[2]) / (d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
+        t = std::min(1.0, std::max(0.0, t));
+        const double q[3] = { p[0] - t * d[0], p[1] - t * d[1], p[2] - t * d[2] };
+        data[(k * ny + j) * nx + i] = q[0] * q[0] + q[1] * q[1] + q[2] * q[2] <= 4.0 ? 1 : 0;
+      }
+  lumo::Vector3D spacing;
+  spacing[0] = 0.5;
+  spacing[1] = 0.5;
+  spacing[2] = 5.0;
+  image->SetSpacing(spacing);
+  lumo::WriteImageFile(image, path("thick.nrrd"));
+
+  ArboRun run = runArbo({ "extract", path("thick.nrrd"), "-o", path("thick.ves") });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.err.rfind("arbo: note: slices of 5 mm interpolated to 0.5 mm (10 per slice, shape-based) before "
+                          "thinning; --no-resample keeps them\n",
+                          0),
+            0u)
+    << run.err;
+  EXPECT_EQ(run.err.find("not connected to the root"), std::string::npos) << run.err;
+  auto tree = readTree(path("thick.ves"));
+  EXPECT_EQ(tree->numberOfNodes(), 1);
+  double length = 0.0;
+  double offLine = 0.0;
+  measureDiagonal(*tree, 5.0, 10.0, length, offLine);
+  // The line is 56.6 mm long; where the mask ends between two slices is known only to a slice, so each end may
+  // be off by half a slice (2.5 mm).
+  EXPECT_NEAR(length, 56.6, 5.0);
+  // World coordinates: the centre line stays on the true line, within a pixel and a half.
+  EXPECT_LT(offLine, 0.75);
+
+  // Thinned as they are, the slices give a staircase: connected, but far longer than the vessel.
+  run = runArbo({ "-q", "extract", path("thick.nrrd"), "-o", path("raw.ves"), "--no-resample" });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.err, "");
+  measureDiagonal(*readTree(path("raw.ves")), 5.0, 10.0, length, offLine);
+  EXPECT_GT(length, 56.6 + 10.0);
+}
+
+TEST_F(ArboExtract, MessagesOfTheThinningCodeBecomeNotesOnStandardError)
+{
+  // A block with a dent in its top, thinned with slices twice the pixel size: the voxel under the dent faces the
+  // background only across a slice and the thinning code reports that it finds no neighbour.
+  auto block = newImage(itk::IOComponentEnum::UCHAR, 11, 11, 9);
+  auto * data = static_cast<unsigned char *>(block->GetData());
+  for (int z = 1; z <= 6; ++z)
+    for (int y = 1; y <= 9; ++y)
+      for (int x = 1; x <= 9; ++x)
+        data[(z * 11 + y) * 11 + x] = 1;
+  data[(6 * 11 + 5) * 11 + 5] = 0;
+  lumo::Vector3D spacing;
+  spacing[0] = 1.0;
+  spacing[1] = 1.0;
+  spacing[2] = 2.0;
+  block->SetSpacing(spacing);
+  lumo::WriteImageFile(block, path("dent.nrrd"));
+
+  testing::internal::CaptureStdout();
+  ArboRun run = runArbo({ "extract", path("dent.nrrd"), "-o", path("dent.ves") });
+  const std::string console = testing::internal::GetCapturedStdout();
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(console, "");
+  EXPECT_EQ(run.out, "");
+  EXPECT_NE(run.err.find("arbo: note: Error in Selle Skeletonizer::getNextNeighbour(...): Point has no neighbours!\n"),
+            std::string::npos)
+    << run.err;
+
+  testing::internal::CaptureStdout();
+  run = runArbo({ "-q", "extract", path("dent.nrrd"), "-o", path("quiet.ves") });
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.err, "");
+  // Standard output is the console's again.
+  testing::internal::CaptureStdout();
+  std::cout << "after" << std::endl;
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "after\n");
+}
+
+TEST_F(ArboExtract, ATrunkThatThinsAwayIsGivenBackAsTheRoot)
+{
+  // The small phantom of seed 2: its portal trunk (radius 7 mm in voxels of 2.5 mm) thins into the first branching,
+  // and the thickest end point lies at the end of a branch, far from the hilum.
+  ArboRun run = runArbo({ "-q", "phantom", "--out", path("phantom"), "--size", "small", "--seed", "2" });
+  ASSERT_EQ(run.status, 0) << run.err;
+  const std::string mask = path("phantom/portal.nrrd");
+  const std::string truth = path("phantom/truth-portal.ves");
+  auto distance = [&](const std::string & tree) {
+    ArboRun compare = runArbo({ "compare", truth, tree, "--voxel-size", "2.5", "--min-radius-voxels", "1.5" });
+    EXPECT_EQ(compare.status, 0) << compare.err;
+    const std::string marker = "truth to test distance:";
+    return std::stod(compare.out.substr(compare.out.find(marker) + marker.size()));
+  };
+
+  run = runArbo({ "extract", mask, "-o", path("stub.ves") });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_NE(run.err.find("arbo: note: the root vessel was extended by "), std::string::npos) << run.err;
+  // Within 0.6 voxel of the true centre lines on average.
+  EXPECT_LE(distance(path("stub.ves")), 0.6 * 2.5);
+  // The root starts where the true trunk does (the hilum), within two voxels.
+  const VesselPoint root = readTree(path("stub.ves"))->getRootNode()->getData()->getPoint(0);
+  const VesselPoint hilum = readTree(truth)->getRootNode()->getData()->getPoint(0);
+  EXPECT_LT(std::hypot(root.x - hilum.x, root.y - hilum.y, root.z - hilum.z), 5.0);
+
+  run = runArbo({ "extract", mask, "-o", path("nostub.ves"), "--no-stub" });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.err.find("extended"), std::string::npos) << run.err;
+  EXPECT_GT(distance(path("nostub.ves")), 0.7 * 2.5);
 }

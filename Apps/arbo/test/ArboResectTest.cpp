@@ -582,3 +582,62 @@ TEST_F(ArboResectPlaneTest, PlaneUsageErrorsExitTwo)
             std::string::npos);
   EXPECT_NE(help.out.find("--plane POINTS    a cutting surface through the control points"), std::string::npos);
 }
+
+TEST_F(ArboResectTest, OrganAndTumourFromOneSixteenBitLabelMap)
+{
+  // Liver 1 on x 0..19 with the tumour 3 at x 2: the same organ and tumour as organ.nrrd and tumour.nrrd.
+  auto labels = lumo::Image::New();
+  lumo::Vector3D voxel;
+  voxel.Fill(1.0);
+  lumo::Point3D corner;
+  corner.Fill(0.0);
+  lumo::Geometry3D::DirectionType direction;
+  direction.SetIdentity();
+  labels->Initialize(itk::IOComponentEnum::USHORT, { { 21, 1, 1 } }, voxel, corner, direction);
+  auto * data = static_cast<unsigned short *>(labels->GetData());
+  for (unsigned int x = 0; x < 20; ++x)
+  {
+    data[x] = x == 2 ? 3 : 1;
+  }
+  lumo::WriteImageFile(labels, path("labels.nrrd"));
+  m_Inputs = files();
+
+  const ArboRun run = runArbo({ "-q",
+                                "resect",
+                                path("labels.nrrd"),
+                                path("portal.ves"),
+                                "--hepatic",
+                                path("hepatic.ves"),
+                                "--tumour",
+                                path("labels.nrrd"),
+                                "--organ-label",
+                                "1",
+                                "--tumour-label",
+                                "3",
+                                "--margin",
+                                "0,2",
+                                "-o",
+                                path("risk.nrrd") });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(labelsIn(path("risk-0mm.nrrd")), "223222222222222222220");
+  EXPECT_EQ(labelsIn(path("risk-2mm.nrrd")), "333333344444422222220");
+  for (const char * name : { "risk-0mm.nrrd", "risk-2mm.nrrd" })
+  {
+    std::filesystem::remove(path(name));
+  }
+  std::filesystem::remove(path("risk-0mm.proposal.xml"));
+  std::filesystem::remove(path("risk-2mm.proposal.xml"));
+
+  expectRefused({ "resect",
+                  path("labels.nrrd"),
+                  path("portal.ves"),
+                  "--tumour",
+                  path("labels.nrrd"),
+                  "--organ-label",
+                  "1",
+                  "--tumour-label",
+                  "5",
+                  "-o",
+                  path("risk.nrrd") },
+                "arbo: " + path("labels.nrrd") + ": label 5 does not occur (labels present: 1, 3)");
+}

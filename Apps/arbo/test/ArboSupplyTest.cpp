@@ -1,6 +1,7 @@
 #include "ArboTestSupport.h"
 
 #include "ArVesselTree.h"
+#include "lumoImageAccess.h"
 #include "lumoImageIO.h"
 
 #include <nlohmann/json.hpp>
@@ -51,9 +52,12 @@ writeTree(const std::string & file, const std::vector<VesselRecipe> & vessels)
 }
 
 /** A 10 x 4 x 3 organ at origin (-5, 20, 100) with spacing (2, 2.5, 4) (20 mm^3 per voxel); the slab x < 2 is
- *  background, so 8 x 4 x 3 = 96 voxels are organ. */
+ *  background, so 8 x 4 x 3 = 96 voxels are organ, of value `value`; a `tumour` label replaces it at x = 9. */
 lumo::Image::Pointer
-makeOrgan(itk::IOComponentEnum type = itk::IOComponentEnum::UCHAR, unsigned int dimension = 3)
+makeOrgan(itk::IOComponentEnum type = itk::IOComponentEnum::UCHAR,
+          unsigned int dimension = 3,
+          double value = 1.0,
+          double tumour = 0.0)
 {
   auto organ = lumo::Image::New();
   lumo::Vector3D spacing;
@@ -67,14 +71,15 @@ makeOrgan(itk::IOComponentEnum type = itk::IOComponentEnum::UCHAR, unsigned int 
   lumo::Geometry3D::DirectionType direction;
   direction.SetIdentity();
   organ->Initialize(type, { { 10, 4, dimension == 3 ? 3u : 1u } }, spacing, origin, direction, dimension);
-  if (type == itk::IOComponentEnum::UCHAR)
-  {
-    auto * data = static_cast<unsigned char *>(organ->GetData());
+  lumo::DispatchPixelType(type, [&](auto * typed) {
+    using Pixel = std::remove_pointer_t<decltype(typed)>;
+    auto * data = static_cast<Pixel *>(organ->GetData());
     for (std::size_t i = 0; i < organ->GetNumberOfVoxels(); ++i)
     {
-      data[i] = i % 10 >= 2 ? 1 : 0;
+      const double label = i % 10 == 9 && tumour != 0.0 ? tumour : value;
+      data[i] = static_cast<Pixel>(i % 10 >= 2 ? label : 0.0);
     }
-  }
+  });
   return organ;
 }
 
@@ -213,19 +218,20 @@ TEST_F(ArboSupply, PrintsATableByModeWithNames)
 
 TEST_F(ArboSupply, FailuresNameTheFileAndLeaveNothingBehind)
 {
-  lumo::WriteImageFile(makeOrgan(itk::IOComponentEnum::FLOAT), path("float.nrrd"));
+  lumo::WriteImageFile(makeOrgan(itk::IOComponentEnum::SHORT, 3, 1.0, 3.0), path("labels.nrrd"));
   lumo::WriteImageFile(makeOrgan(itk::IOComponentEnum::UCHAR, 2), path("slice.png"));
   writeTree(path("undefined.ves"), { { 1, 2, S_Undefined, 1, { { 1, 23.75f, 104, 2 } } } });
   const std::vector<std::string> before = files();
 
-  ArboRun wrongType = runArbo({ "supply", path("float.nrrd"), path("portal.ves"), "-o", path("out.nrrd") });
-  EXPECT_EQ(wrongType.status, 1);
-  EXPECT_EQ(wrongType.err,
-            "arbo: " + path("float.nrrd") + ": Organ segmentation has wrong type ( should be lumoIpUInt1_t)\n");
+  ArboRun missingLabel =
+    runArbo({ "supply", path("labels.nrrd"), path("portal.ves"), "-o", path("out.nrrd"), "--organ-label", "2" });
+  EXPECT_EQ(missingLabel.status, 1);
+  EXPECT_EQ(missingLabel.out, "");
+  EXPECT_EQ(missingLabel.err, "arbo: " + path("labels.nrrd") + ": label 2 does not occur (labels present: 1, 3)\n");
 
   ArboRun flat = runArbo({ "supply", path("slice.png"), path("portal.ves"), "-o", path("out.nrrd") });
   EXPECT_EQ(flat.status, 1);
-  EXPECT_EQ(flat.err, "arbo: " + path("slice.png") + ": Organ segmentation has wrong dimension\n");
+  EXPECT_EQ(flat.err, "arbo: " + path("slice.png") + ": is a 2-D image; supply areas need a 3-D organ segmentation\n");
 
   ArboRun noVessels = runArbo({ "supply", path("liver.nrrd"), path("undefined.ves"), "-o", path("out.nrrd") });
   EXPECT_EQ(noVessels.status, 1);
@@ -302,4 +308,51 @@ TEST_F(ArboSupply, FurtherTreesSupplyTogetherWithTheFirst)
   EXPECT_EQ(missing.status, 1);
   EXPECT_EQ(missing.err, "arbo: " + path("none.ves") + ": cannot be opened (No such file or directory)\n");
   EXPECT_FALSE(std::filesystem::exists(path("out.nrrd")));
+}
+
+TEST_F(ArboSupply, SixteenBitFloatAndLabelMapOrgansAreConvertedAtTheBoundary)
+{
+  const std::string reference = readFile(path("liver.nrrd"));
+  ArboRun eight = runArbo({ "-q", "supply", path("liver.nrrd"), path("portal.ves"), "-o", path("eight.nrrd") });
+  ASSERT_EQ(eight.status, 0) << eight.err;
+
+  // Every voxel other than 0 is organ, whatever the type and value.
+  lumo::WriteImageFile(makeOrgan(itk::IOComponentEnum::USHORT, 3, 1000.0), path("sixteen.nrrd"));
+  lumo::WriteImageFile(makeOrgan(itk::IOComponentEnum::FLOAT, 3, 0.25), path("float.nrrd"));
+  for (const char * name : { "sixteen", "float" })
+  {
+    const std::string organ = path(std::string(name) + ".nrrd");
+    ArboRun run = runArbo({ "-q", "supply", organ, path("portal.ves"), "-o", path(std::string(name) + "-areas.nrrd") });
+    ASSERT_EQ(run.status, 0) << name << ": " << run.err;
+    // The same table below the title line, which names the organ file.
+    EXPECT_EQ(run.out.substr(run.out.find('\n')), eight.out.substr(eight.out.find('\n'))) << name;
+    EXPECT_EQ(readFile(path(std::string(name) + "-areas.nrrd")), readFile(path("eight.nrrd"))) << name;
+  }
+
+  // A label map with liver 1 and a tumour 3 in the column x = 9: the tumour is not organ with --organ-label 1,
+  // so 7 of each row's 8 voxels remain (84 in all), 48 nearer S_V and 36 nearer S_VI.
+  lumo::WriteImageFile(makeOrgan(itk::IOComponentEnum::SHORT, 3, 1.0, 3.0), path("labels.nrrd"));
+  ArboRun labels = runArbo({ "supply",
+                             path("labels.nrrd"),
+                             path("portal.ves"),
+                             "-o",
+                             path("labels-areas.nrrd"),
+                             "--organ-label",
+                             "1",
+                             "--json" });
+  ASSERT_EQ(labels.status, 0) << labels.err;
+  const auto json = nlohmann::json::parse(labels.out);
+  EXPECT_EQ(json["organ_voxels"], 84);
+  ASSERT_EQ(json["labels"].size(), 2u);
+  EXPECT_EQ(json["labels"][0]["voxels"], 48);
+  EXPECT_EQ(json["labels"][1]["voxels"], 36);
+  lumo::Image::Pointer areas = lumo::ReadImageFile(path("labels-areas.nrrd"));
+  const auto * row = static_cast<const unsigned char *>(areas->GetData());
+  EXPECT_EQ(std::vector<unsigned char>(row, row + 10),
+            (std::vector<unsigned char>{ 0, 0, S_V, S_V, S_V, S_V, S_VI, S_VI, S_VI, 0 }));
+  // Without a label the tumour counts as organ as well.
+  ArboRun all = runArbo({ "supply", path("labels.nrrd"), path("portal.ves"), "-o", path("all.nrrd"), "--json" });
+  ASSERT_EQ(all.status, 0) << all.err;
+  EXPECT_EQ(nlohmann::json::parse(all.out)["organ_voxels"], 96);
+  EXPECT_EQ(readFile(path("liver.nrrd")), reference);
 }
