@@ -497,7 +497,8 @@ TEST_F(ArboResectPlaneTest, AVesselCrossingThePlaneCutsItsDownstreamPart)
   const ArboRun info = runArbo({ "info", path("cut.ves"), "--json" });
   ASSERT_EQ(info.status, 0) << info.err;
   std::map<int, int> statuses;
-  for (const auto & entry : nlohmann::json::parse(info.out)["resectionStatus"])
+  const auto description = nlohmann::json::parse(info.out);
+  for (const auto & entry : description["resectionStatus"])
   {
     statuses[entry["value"].get<int>()] = entry["vessels"].get<int>();
   }
