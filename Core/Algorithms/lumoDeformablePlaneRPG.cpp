@@ -187,7 +187,7 @@ DeformablePlaneRPG::GenerateData()
 
   // Walks a tree: per point of a vessel of the type (in the order of the territories) whether it lost its supply
   // or drainage, and the vessels' statuses. A path changes side when one of its points is not on the root's side.
-  auto walk = [&](const ArVesselTree & tree, std::int32_t vesselType, const char * note) {
+  auto walk = [&](const ArVesselTree & tree, std::int32_t vesselType, const char * note, bool & rootOnResectedSide) {
     std::vector<std::uint8_t> lost;
     std::unordered_map<const VesselNode *, bool> changedAtEnd;
     bool haveRoot = false;
@@ -226,6 +226,7 @@ DeformablePlaneRPG::GenerateData()
     {
       m_Notes.push_back(note);
     }
+    rootOnResectedSide = rootResected;
     return lost;
   };
   auto statusesWritten = [&](const VesselTreeData * data, PointTerritories & cache) {
@@ -236,14 +237,22 @@ DeformablePlaneRPG::GenerateData()
       cache.treeTime = data->GetMTime();
     }
   };
+  // A root on the resected side cuts the remnant off as a whole, whatever point lies nearest to a remnant voxel.
+  bool portalRootResected = false;
+  bool hepaticRootResected = false;
   const std::vector<std::uint8_t> portalLost =
-    walk(portal, PortalVein, "The portal root lies on the resected side: the whole remnant loses its portal supply");
+    walk(portal,
+         PortalVein,
+         "The portal root lies on the resected side: the whole remnant loses its portal supply",
+         portalRootResected);
   statusesWritten(portalData, m_PortalPoints);
   std::vector<std::uint8_t> hepaticLost;
   if (!hepatic.isNull())
   {
-    hepaticLost =
-      walk(hepatic, HepaticVein, "The hepatic root lies on the resected side: the whole remnant loses its drainage");
+    hepaticLost = walk(hepatic,
+                       HepaticVein,
+                       "The hepatic root lies on the resected side: the whole remnant loses its drainage",
+                       hepaticRootResected);
     statusesWritten(hepaticData, m_HepaticPoints);
   }
 
@@ -264,7 +273,8 @@ DeformablePlaneRPG::GenerateData()
     for (std::size_t i = run.start; i < run.start + run.length; ++i, ++k)
     {
       if (labels[i] == RemnantLabel &&
-          (portalLost[portalNearest[k]] != 0 || (withHepatic && hepaticLost[hepaticNearest[k]] != 0)))
+          (portalRootResected || hepaticRootResected || portalLost[portalNearest[k]] != 0 ||
+           (withHepatic && hepaticLost[hepaticNearest[k]] != 0)))
       {
         labels[i] = AtRiskLabel;
       }

@@ -448,25 +448,25 @@ TEST_F(ArboResectPlaneTest, PlaneBetweenTwoHalvesGivesTheExactCounts)
               "  FLR 60.00 % (remnant / organ)\n");
   EXPECT_EQ(run.err, "arbo: wrote " + path("cut.nrrd") + " and " + path("cut.proposal.xml") + "\n");
 
-  // The back side: the portal root (x 10) is resected, D (x 16) loses its supply and with it x 14..19; the root's
-  // own territory (x 12, 13) keeps it.
+  // The back side: the portal root (x 10) is resected, so the whole remnant (x 12..19) is cut off from its supply,
+  // the root's own territory (x 12, 13) with it.
   const ArboRun back = runArbo(cutRun({ "--resect-side", "back", "--json" }));
   ASSERT_EQ(back.status, 0) << back.err;
-  EXPECT_EQ(labelsIn(path("cut.nrrd")), sixRows("333333333333224444440"));
+  EXPECT_EQ(labelsIn(path("cut.nrrd")), sixRows("333333333333444444440"));
   const auto report = nlohmann::json::parse(back.out);
   EXPECT_EQ(report["mode"], "plane");
   EXPECT_EQ(report["resect_side"], "back");
   EXPECT_EQ(report["plane"], path("cut.mps"));
   const auto & proposal = report["proposals"][0];
-  EXPECT_EQ(proposal["remnant"]["voxels"], 12);
+  EXPECT_EQ(proposal["remnant"]["voxels"], 0);
   EXPECT_EQ(proposal["resected"]["voxels"], 72);
-  EXPECT_EQ(proposal["at_risk"]["voxels"], 36);
-  EXPECT_DOUBLE_EQ(proposal["flr_percent"].get<double>(), 10.0);
+  EXPECT_EQ(proposal["at_risk"]["voxels"], 48);
+  EXPECT_DOUBLE_EQ(proposal["flr_percent"].get<double>(), 0.0);
   EXPECT_EQ(proposal["notes"],
             nlohmann::json::array({ "The portal root lies on the resected side: the whole remnant loses its portal "
                                     "supply" }));
   EXPECT_NE(back.err.find("arbo: note: The portal root lies on the resected side"), std::string::npos) << back.err;
-  EXPECT_NE(back.err.find("arbo: note: the future liver remnant of the cut is 10.00 %, below 25.00 % (--min-flr)"),
+  EXPECT_NE(back.err.find("arbo: note: the future liver remnant of the cut is 0.00 %, below 25.00 % (--min-flr)"),
             std::string::npos)
     << back.err;
 }
