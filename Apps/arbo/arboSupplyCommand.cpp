@@ -2,6 +2,7 @@
 
 #include "arboError.h"
 #include "arboFiles.h"
+#include "arboScene.h"
 
 #include "lumoImage.h"
 #include "lumoLabelStatistics.h"
@@ -35,6 +36,7 @@ struct SupplyOptions
   std::string tree;
   std::vector<std::string> with;
   std::string output;
+  std::string scene;
   std::string mode{ "portal-defined-segments" };
   unsigned int threads{ 0 };
   bool json{ false };
@@ -142,14 +144,21 @@ supply(const SupplyOptions & options, Context & context)
   {
     throw Error(options.organ, "holds a " + kindOf(organData) + ", not an organ segmentation image");
   }
+  // The scene is opened first: a scene that cannot be loaded costs no calculation and writes nothing.
+  lumo::DataStorage::Pointer plan = options.scene.empty() ? nullptr : openSceneForUpdate(options.scene);
   lumo::VesselTreeData::Pointer tree = readVesselTree(options.tree, context.quiet ? nullptr : &context.err);
+  std::vector<std::pair<std::string, lumo::BaseData::Pointer>> inputs{
+    { nodeNameOf(options.organ), organData }, { nodeNameOf(options.tree), tree.GetPointer() }
+  };
   if (!options.with.empty())
   {
     // Several vascular systems at once: one tree holding them all.
     std::vector<ArVesselTree> trees{ tree->GetVesselTreeData(0) };
     for (const std::string & file : options.with)
     {
-      trees.push_back(readVesselTree(file, context.quiet ? nullptr : &context.err)->GetVesselTreeData(0));
+      lumo::VesselTreeData::Pointer further = readVesselTree(file, context.quiet ? nullptr : &context.err);
+      trees.push_back(further->GetVesselTreeData(0));
+      inputs.emplace_back(nodeNameOf(file), further.GetPointer());
     }
     tree = lumo::VesselTreeData::New();
     tree->initialize(joinVesselTrees(trees));
@@ -197,6 +206,14 @@ supply(const SupplyOptions & options, Context & context)
   }
   lumo::Image * areas = calculator->GetOutput();
   writeData(areas, options.output);
+  if (plan)
+  {
+    addResultToScene(plan, options.scene, inputs, { nodeNameOf(options.output), areas });
+    if (!context.quiet)
+    {
+      context.err << "arbo: added " << nodeNameOf(options.output) << " to " << options.scene << "\n";
+    }
+  }
 
   auto statistics = lumo::LabelStatistics::New();
   statistics->SetLabelImage(areas);
@@ -282,7 +299,8 @@ addSupplyCommand(CLI::App & app, Context & context)
     "Examples: arbo supply liver.nrrd portal.ves -o segments.nrrd\n"
     "          arbo supply liver.nrrd plan.ves -o resection.nii.gz --mode portal-resection-status --json\n"
     "          arbo supply liver.nrrd veins.ves -o territories.nrrd --mode hepatic-defined-segments --threads 2\n"
-    "          arbo supply liver.nrrd portal.ves --with hepatic.ves -o systems.nrrd --mode all-vessels-types");
+    "          arbo supply liver.nrrd portal.ves --with hepatic.ves -o systems.nrrd --mode all-vessels-types\n"
+    "          arbo supply liver.nrrd portal.ves -o segments.nrrd --scene plan.rs");
   command->add_option("organ", options->organ, "Organ segmentation (3-D unsigned 8-bit image, 0 = outside)")
     ->required();
   command->add_option("tree", options->tree, "Vessel tree (.ves) in the organ's world coordinates")->required();
@@ -295,6 +313,10 @@ addSupplyCommand(CLI::App & app, Context & context)
     ->capture_default_str();
   command->add_option("--threads", options->threads, "Threads for the voxel loop (default: all cores)")
     ->check(CLI::Range(1u, 1024u));
+  command->add_option("--scene",
+                      options->scene,
+                      "Add the label image to this scene (.rs, created when missing), with the organ and trees as its "
+                      "sources");
   command->add_flag("--json", options->json, "Print the table as JSON (for scripts)");
   command->callback([options, &context] { supply(*options, context); });
 }

@@ -46,10 +46,12 @@ addViewCommand(CLI::App & app, Context & context)
                   "status of the selected vessels. Press ? in the window for all keys:\n\n" +
                   Viewer::helpText() +
                   "\n\nEdited trees are saved beside the originals as NAME.edited.ves; the originals are only\n"
-                  "overwritten after pressing S twice.\n\n"
+                  "overwritten after pressing S twice. A scene (.rs) is written back, atomically, after pressing\n"
+                  "S twice, with its trees as edited (the selection cleared).\n\n"
                   "Example:\n"
-                  "  arbo view portal.ves hepatic.ves organ.nrrd");
-  command->add_option("files", options->files, "Vessel trees (.ves), masks and label images")
+                  "  arbo view portal.ves hepatic.ves organ.nrrd\n"
+                  "  arbo view plan.rs");
+  command->add_option("files", options->files, "Vessel trees (.ves), masks, label images and scenes (.rs)")
     ->required()
     ->check(CLI::ExistingFile);
   command->add_option("--size", options->size, "Window size in pixels, WIDTHxHEIGHT")
