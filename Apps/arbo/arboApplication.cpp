@@ -29,6 +29,7 @@ const char * const footer = R"(Examples:
   arbo extract portal-mask.nii.gz -o portal.ves --type portal   vessel tree from a segmentation
   arbo render portal.ves organ.nrrd -o tree.png --view iso   a picture of trees and organ
   arbo view portal.ves organ.nrrd      select and label vessels in a window, save the edited tree
+  arbo resect liver.nrrd portal.ves --tumour tumour.nrrd --margin 0,5,10 -o risk.nrrd   risk analysis, FLR
 
 Exit status: 0 success, 1 bad input or failed work (one line on stderr: "arbo: <file>: <what is wrong>"),
 2 bad usage. Run "arbo <command> --help" for the options of a command.)";
@@ -56,6 +57,7 @@ runApplication(int argc, const char * const * argv, std::ostream & out, std::ost
   addExtractCommand(app, context);
   addRenderCommand(app, context);
   addViewCommand(app, context);
+  addResectCommand(app, context);
   addSceneCommand(app, context);
 
   try

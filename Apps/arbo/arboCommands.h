@@ -45,6 +45,8 @@ addRenderCommand(CLI::App & app, Context & context);
 void
 addViewCommand(CLI::App & app, Context & context);
 void
+addResectCommand(CLI::App & app, Context & context);
+void
 addSceneCommand(CLI::App & app, Context & context);
 } // namespace arbo
 

@@ -30,6 +30,7 @@ struct RenderOptions
   bool resection{ false };
   std::int32_t select{ -1 };
   std::string selectMode{ "single" };
+  std::string plane;
 };
 
 lumo::VesselTreeData::ActivationMode
@@ -91,6 +92,10 @@ runRender(const RenderOptions & options, Context & context)
     }
     selectVessel(scene, options.select, options.selectMode);
   }
+  if (!options.plane.empty())
+  {
+    showPlane(scene, readPlane(options.plane));
+  }
 
   int status = 0;
   if (needsVirtualDisplay(context, status))
@@ -149,6 +154,7 @@ addRenderCommand(CLI::App & app, Context & context)
     "  arbo render segments.nrrd portal.ves -o segments.png --size 1600x1200\n"
     "  arbo render portal.ves -o path.png --select 12 --select-mode path\n"
     "  arbo render resection.nrrd portal.ves -o resection.png --resection\n"
+    "  arbo render organ.nrrd portal.ves -o cut.png --plane cut.mps\n"
     "  arbo render plan.rs -o plan.png --view iso");
   command->add_option("files", options->files, "Vessel trees (.ves), masks, label images and scenes (.rs)")
     ->required()
@@ -161,6 +167,11 @@ addRenderCommand(CLI::App & app, Context & context)
     ->capture_default_str()
     ->check(CLI::IsMember(viewNames()));
   command->add_flag("--skeleton", options->skeleton, "Draw the centre lines instead of tubes");
+  command
+    ->add_option("--plane",
+                 options->plane,
+                 "Draw the cutting plane of these control points (.mps), translucent, clipped to the organ")
+    ->check(CLI::ExistingFile);
   command->add_flag("--resection",
                     options->resection,
                     "Draw images whose labels are among 2, 3 and 4 as resections (remnant, resected, at risk)");

@@ -11,6 +11,7 @@
 #include "lumoImageAccess.h"
 #include "lumoLabelImageSurfaceFilter.h"
 #include "lumoLookupTable.h"
+#include "lumoPointSet.h"
 #include "lumoLookupTableProperty.h"
 #include "lumoPointSet.h"
 #include "lumoSurface.h"
@@ -504,6 +505,12 @@ buildScene(const std::vector<std::string> & files, bool renderSkeleton, bool res
     node->SetData(surface);
     node->SetName(path);
     const bool organ = labels.size() == 1;
+    if (organ && scene.organ.IsNull())
+    {
+      scene.organ = image;
+      scene.organFile = path;
+      scene.organNode = node;
+    }
     if (organ)
     {
       node->SetColor(0.87f, 0.72f, 0.60f);
@@ -582,6 +589,103 @@ buildScene(const std::vector<std::string> & files, bool renderSkeleton, bool res
                 "4 at risk)");
   }
   return scene;
+}
+
+lumo::DeformablePlane::Pointer
+readPlane(const std::string & path)
+{
+  lumo::BaseData::Pointer data = readData(path);
+  auto * points = dynamic_cast<lumo::PointSet *>(data.GetPointer());
+  if (points == nullptr)
+  {
+    throw Error(path, "holds " + kindOf(data) + "; a cutting plane is given by its control points (.mps)");
+  }
+  auto plane = lumo::DeformablePlane::New();
+  try
+  {
+    plane->SetControlPoints(points);
+  }
+  catch (const itk::ExceptionObject & e)
+  {
+    throw Error(path, e.GetDescription());
+  }
+  return plane;
+}
+
+void
+showPlane(Scene & scene, lumo::DeformablePlane * plane)
+{
+  if (scene.plane.GetPointer() != plane || scene.planeNode.IsNull())
+  {
+    // The box: the organ, else everything (a plane alone is drawn around its control points).
+    double box[6] = { 1, -1, 1, -1, 1, -1 };
+    auto include = [&box](const double * b) {
+      for (int axis = 0; axis < 3; ++axis)
+      {
+        if (b[2 * axis] > b[2 * axis + 1])
+        {
+          return;
+        }
+      }
+      for (int axis = 0; axis < 3; ++axis)
+      {
+        const bool empty = box[2 * axis] > box[2 * axis + 1];
+        box[2 * axis] = empty ? b[2 * axis] : std::min(box[2 * axis], b[2 * axis]);
+        box[2 * axis + 1] = empty ? b[2 * axis + 1] : std::max(box[2 * axis + 1], b[2 * axis + 1]);
+      }
+    };
+    auto boundsOf = [&include](lumo::DataNode * node) {
+      if (auto * surface = dynamic_cast<lumo::Surface *>(node->GetData()); surface && surface->GetVtkPolyData())
+      {
+        include(surface->GetVtkPolyData()->GetBounds());
+      }
+      else if (node->GetData() != nullptr)
+      {
+        const auto & b = node->GetData()->GetGeometry()->GetBounds();
+        const double copy[6] = { b[0], b[1], b[2], b[3], b[4], b[5] };
+        include(copy);
+      }
+    };
+    if (scene.organNode)
+    {
+      boundsOf(scene.organNode);
+    }
+    else
+    {
+      auto all = scene.storage->GetAll();
+      for (const auto & node : all->CastToSTLConstContainer())
+      {
+        boundsOf(node);
+      }
+    }
+    if (box[0] > box[1])
+    {
+      const auto & b = plane->GetGeometry()->GetBounds();
+      const double copy[6] = { b[0], b[1], b[2], b[3], b[4], b[5] };
+      include(copy);
+    }
+    std::copy(box, box + 6, scene.planeBox.begin());
+    scene.plane = plane;
+  }
+  lumo::Surface::Pointer surface = plane->CreateSurface(scene.planeBox, 64);
+  if (scene.planeNode)
+  {
+    // The node keeps its surface object, so that its mapper sees the new shape.
+    static_cast<lumo::Surface *>(scene.planeNode->GetData())->SetVtkPolyData(surface->GetVtkPolyData());
+    return;
+  }
+  scene.planeNode = lumo::DataNode::New();
+  scene.planeNode->SetData(surface);
+  scene.planeNode->SetName("cutting plane");
+  // Cyan: apart from the organ, the segment and the resection colours.
+  scene.planeNode->SetColor(0.25f, 0.85f, 0.95f);
+  scene.planeNode->SetOpacity(0.5f);
+  scene.planeNode->SetBoolProperty("scalar visibility", false);
+  scene.planeNode->SetBoolProperty("pickable", false);
+  auto mapper = lumo::SurfaceVtkMapper3D::New();
+  mapper->SetDataNode(scene.planeNode);
+  scene.planeNode->SetMapper(lumo::DataNode::Standard3D, mapper);
+  scene.storage->Add(scene.planeNode);
 }
 
 void

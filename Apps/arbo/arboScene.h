@@ -4,6 +4,8 @@
 #include "lumoBaseRenderer.h"
 #include "lumoDataNode.h"
 #include "lumoDataStorage.h"
+#include "lumoDeformablePlane.h"
+#include "lumoImage.h"
 #include "lumoVesselTreeData.h"
 
 #include <iosfwd>
@@ -36,6 +38,14 @@ struct Scene
   unsigned int surfaces{ 0 };
   /** Number of images drawn as resections. */
   unsigned int resections{ 0 };
+  /** The first mask with a single label (the organ), its file and its surface node; null without one. */
+  lumo::Image::Pointer organ;
+  std::string organFile;
+  lumo::DataNode::Pointer organNode;
+  /** The cutting plane (null without one), the node that draws it and the box it is clipped to. */
+  lumo::DeformablePlane::Pointer plane;
+  lumo::DataNode::Pointer planeNode;
+  lumo::Geometry3D::BoundsArrayType planeBox;
 };
 
 /** Whether the file is a scene (".rs" or ".RS"), drawn with its nodes' saved colours, opacities and visibility. */
@@ -98,6 +108,16 @@ addResultToScene(lumo::DataStorage * scene,
  * resections, every image whose labels are among 2, 3 and 4 is drawn as a resection, and there must be one. */
 Scene
 buildScene(const std::vector<std::string> & files, bool renderSkeleton, bool resections = false);
+
+/** Reads the control points of a cutting plane (.mps); throws arbo::Error naming the file when it is no point set
+ *  or its points make no plane (fewer than 3, all on one line). */
+lumo::DeformablePlane::Pointer
+readPlane(const std::string & path);
+
+/** Draws the plane with the scene: translucent, unpickable, clipped to the organ's bounds (without an organ, to the
+ *  bounds of everything shown). Call again after the plane changed to redraw it. */
+void
+showPlane(Scene & scene, lumo::DeformablePlane * plane);
 
 /** The descriptor file that marks an image as a resection: the image's name with its format ending replaced by
  *  ".proposal.xml" ("cut.nii.gz" -> "cut.proposal.xml"). */

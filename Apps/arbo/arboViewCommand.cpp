@@ -18,6 +18,7 @@ struct ViewOptions
   std::vector<std::string> files;
   std::string size{ "1024x768" };
   std::string view{ "front" };
+  std::string plane;
 };
 
 void
@@ -26,6 +27,7 @@ runView(const ViewOptions & options, Context & context)
   Viewer::Options viewerOptions;
   viewerOptions.files = options.files;
   viewerOptions.view = options.view;
+  viewerOptions.plane = options.plane;
   parseSize(options.size, viewerOptions.width, viewerOptions.height);
   std::string why;
   if (!lumo::IsDisplayAvailable(&why))
@@ -48,8 +50,14 @@ addViewCommand(CLI::App & app, Context & context)
                   "\n\nEdited trees are saved beside the originals as NAME.edited.ves; the originals are only\n"
                   "overwritten after pressing S twice. A scene (.rs) is written back, atomically, after pressing\n"
                   "S twice, with its trees as edited (the selection cleared).\n\n"
-                  "Example:\n"
+                  "With a cutting plane (--plane, or o in the window) its control points are handles to drag; on\n"
+                  "release the resection is computed again (the organ is the mask, the first tree the portal\n"
+                  "tree, a second one the hepatic tree) and the status line shows the remnant, resected and\n"
+                  "at-risk volumes and the FLR. s saves the plane as ORGAN.plane.mps and the trees with their\n"
+                  "resection statuses as NAME.edited.ves.\n\n"
+                  "Examples:\n"
                   "  arbo view portal.ves hepatic.ves organ.nrrd\n"
+                  "  arbo view organ.nrrd portal.ves --plane cut.mps\n"
                   "  arbo view plan.rs");
   command->add_option("files", options->files, "Vessel trees (.ves), masks, label images and scenes (.rs)")
     ->required()
@@ -60,6 +68,8 @@ addViewCommand(CLI::App & app, Context & context)
   command->add_option("--view", options->view, "Direction of view at the start")
     ->capture_default_str()
     ->check(CLI::IsMember(viewNames()));
+  command->add_option("--plane", options->plane, "Control points of a cutting plane to edit (.mps)")
+    ->check(CLI::ExistingFile);
   command->callback([options, &context]() { runView(*options, context); });
 }
 } // namespace arbo

@@ -5,9 +5,11 @@
 #include "arboScene.h"
 
 #include "lumoBaseRenderer.h"
+#include "lumoDeformablePlaneRPG.h"
 #include "lumoOperationActor.h"
 #include "lumoYetAnotherVesselTreeInteractor.h"
 
+#include <vtkActor.h>
 #include <vtkRenderWindowInteractor.h>
 #include <vtkSmartPointer.h>
 #include <vtkTextActor.h>
@@ -34,6 +36,8 @@ public:
     int width{ 1024 };
     int height{ 768 };
     std::string view{ "front" };
+    /** Control points of a cutting plane (.mps); empty for none. */
+    std::string plane;
   };
 
   /** Reads the files and sets the window up (nothing is drawn yet); throws arbo::Error. */
@@ -61,6 +65,26 @@ public:
   /** A left click at a display position (pixels, origin bottom left); with shift it adds to the selection. */
   void
   click(double x, double y, bool shift = false);
+  /** A left press at a display position: true when it grabs the handle of a control point of the cutting plane
+   *  (then the mouse drags the handle instead of turning the view). */
+  bool
+  grab(double x, double y);
+  /** The grabbed handle follows the mouse, parallel to the screen. */
+  void
+  drag(double x, double y);
+  /** The control point goes where its handle was let go (undoably) and the resection is computed again. */
+  void
+  release(double x, double y);
+  /** The cutting plane; null without one. */
+  lumo::DeformablePlane *
+  plane() const
+  {
+    return m_Scene.plane;
+  }
+  /** The file the plane is saved to: NAME.plane.mps beside the organ (or the first file). */
+  std::string
+  planeFile() const;
+
   /** A key by its X key symbol ("r", "F4", "Tab", "question", "Escape"); shift as held. */
   void
   key(const std::string & keySymbol, bool shift = false);
@@ -113,6 +137,20 @@ private:
   save(bool overwriteOriginal);
   std::size_t
   countActive(std::size_t index) const;
+  void
+  setUpPlane(const lumo::DeformablePlane::Pointer & plane);
+  /** Redraws plane and handles after the plane changed and computes the resection again. */
+  void
+  planeChanged(const std::string & what);
+  void
+  updateHandles();
+  /** Colours the organ surface by the labels of the resection image. */
+  void
+  colourOrgan(const lumo::Image * resection);
+  void
+  placeDefaultPlane();
+  bool
+  savePlane(const std::string & target);
 
   Context & m_Context;
   Options m_Options;
@@ -127,6 +165,17 @@ private:
   bool m_ConfirmOverwrite{ false };
   bool m_ConfirmQuit{ false };
   bool m_Quit{ false };
+  // The cutting plane's editing: handles, the grabbed and selected control point, the generator that keeps the
+  // territory labelling between drags.
+  lumo::DeformablePlaneRPG::Pointer m_Generator;
+  std::vector<vtkSmartPointer<vtkActor>> m_Handles;
+  int m_Grabbed{ -1 };
+  int m_Selected{ -1 };
+  double m_GrabDepth{ 0 };
+  lumo::Point3D m_DragTo;
+  itk::ModifiedTimeType m_PlaneTime{ 0 };
+  bool m_PlaneEdited{ false };
+  std::size_t m_HepaticTree{ 0 };
 };
 } // namespace arbo
 

@@ -268,6 +268,100 @@ TEST_F(ArboRender, WithoutDisplayTheProgramRunsItselfUnderXvfbRun)
 
 namespace
 {
+/** Control points as the toolkit's point set file. */
+std::string
+mps(const std::vector<std::array<double, 3>> & points)
+{
+  std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<LumoPointSet version=\"1\">\n  <TimeStep "
+                     "index=\"0\">\n";
+  for (std::size_t i = 0; i < points.size(); ++i)
+  {
+    text += "    <Point id=\"" + std::to_string(i) + "\" x=\"" + std::to_string(points[i][0]) + "\" y=\"" +
+            std::to_string(points[i][1]) + "\" z=\"" + std::to_string(points[i][2]) + "\"/>\n";
+  }
+  return text + "  </TimeStep>\n</LumoPointSet>\n";
+}
+
+/** Pixels tinted by the cutting plane's cyan: green and blue both well above red. */
+int
+cyanPixels(const std::string & png)
+{
+  auto reader = vtkSmartPointer<vtkPNGReader>::New();
+  reader->SetFileName(png.c_str());
+  reader->Update();
+  vtkImageData * image = reader->GetOutput();
+  const int * dims = image->GetDimensions();
+  const int components = image->GetNumberOfScalarComponents();
+  const auto * pixel = static_cast<const unsigned char *>(image->GetScalarPointer());
+  int count = 0;
+  for (int i = 0; i < dims[0] * dims[1]; ++i, pixel += components)
+  {
+    count += (pixel[1] - pixel[0] > 40 && pixel[2] - pixel[0] > 40) ? 1 : 0;
+  }
+  return count;
+}
+} // namespace
+
+TEST_F(ArboRender, CuttingPlaneIsDrawnTranslucentAcrossTheScene)
+{
+  LUMO_REQUIRE_DISPLAY();
+  const std::string tree = writeTree("artery.ves", 3);
+  // The plane y = 0 through the tree, facing the camera of the front view.
+  writeFile(path("cut.mps"), mps({ { 0, 0, 0 }, { 60, 0, 0 }, { 0, 0, 30 } }));
+
+  ArboRun run = runArbo({ "render", tree, "-o", path("tree.png"), "--size", "400x300" });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(cyanPixels(path("tree.png")), 0);
+  run = runArbo({ "render", tree, "-o", path("cut.png"), "--size", "400x300", "--plane", path("cut.mps") });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.err, "arbo: wrote " + path("cut.png") + " (400x300, 1 tree, 0 surfaces)\n");
+  const int cyan = cyanPixels(path("cut.png"));
+  EXPECT_GT(cyan, 10000);
+  // Translucent: the arteries still show through it.
+  const auto red = lumo::VesselTreeLookupTable::New()->GetColorByType()[3];
+  EXPECT_GT(pixelsOfColor(path("cut.png"), red), 500);
+
+  // Within an organ it shows through the organ's veil.
+  const std::string organ = writeSlabs(path("organ.nrrd"), true);
+  writeFile(path("through.mps"), mps({ { 0, 9, 0 }, { 58, 9, 0 }, { 0, 9, 18 } }));
+  run = runArbo({ "render",
+                  organ,
+                  tree,
+                  "-o",
+                  path("organ.png"),
+                  "--size",
+                  "400x300",
+                  "--plane",
+                  path("through.mps"),
+                  "--view",
+                  "back" });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_GT(cyanPixels(path("organ.png")), 0);
+}
+
+TEST_F(ArboRender, BadPlaneExitsWithOneLineAndWritesNothing)
+{
+  LUMO_REQUIRE_DISPLAY();
+  const std::string tree = writeTree("portal.ves", 2);
+  writeFile(path("line.mps"), mps({ { 0, 0, 0 }, { 10, 0, 0 }, { 20, 0, 0 }, { 30, 0, 0 } }));
+  writeFile(path("two.mps"), mps({ { 0, 0, 0 }, { 10, 0, 0 } }));
+
+  ArboRun run = runArbo({ "render", tree, "-o", path("cut.png"), "--plane", path("line.mps") });
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err, "arbo: " + path("line.mps") + ": The control points of a deformable plane lie on one line\n");
+  run = runArbo({ "render", tree, "-o", path("cut.png"), "--plane", path("two.mps") });
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err, "arbo: " + path("two.mps") + ": A deformable plane needs at least 3 control points, got 2\n");
+  run = runArbo({ "render", tree, "-o", path("cut.png"), "--plane", tree });
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err.rfind("arbo: " + tree + ": holds vessel tree; a cutting plane is given by its control points", 0),
+            0u)
+    << run.err;
+  EXPECT_EQ(files(), std::vector<std::string>({ "line.mps", "portal.ves", "two.mps" }));
+}
+
+namespace
+{
 /** An organ mask of 30 x 10 x 10 voxels of 2 mm: 1 inside, 0 on the outermost layer of voxels, so that its
  *  surface closes. */
 std::string

@@ -2,6 +2,10 @@
 
 #include "arboViewer.h"
 
+#include "lumoDeformablePlaneRPG.h"
+#include "lumoImageIO.h"
+#include "lumoPointSetIO.h"
+
 #include "lumoVesselTreeFileReader.h"
 #include "lumoVesselTreeFileWriter.h"
 
@@ -10,6 +14,7 @@
 #include <vtkCommand.h>
 #include <vtkRenderWindowInteractor.h>
 
+#include <iomanip>
 #include <sstream>
 
 using namespace arbo_test;
@@ -189,6 +194,191 @@ TEST_F(ArboView, CommandLineFailures)
   EXPECT_EQ(run.status, 2);
   run = runArbo({ "view", path("portal.ves"), "--size", "1x1" });
   EXPECT_EQ(run.status, 2);
+}
+
+namespace
+{
+class ArboViewPlane : public ArboView
+{
+protected:
+  void
+  SetUp() override
+  {
+    ArboView::SetUp();
+    // An organ box around the picking tree (x 0..60, y -30..30, z -4..30), 2 mm voxels.
+    auto image = lumo::Image::New();
+    lumo::Vector3D spacing;
+    spacing.Fill(2.0);
+    lumo::Point3D origin;
+    origin[0] = -2;
+    origin[1] = -32;
+    origin[2] = -6;
+    image->Initialize(
+      itk::IOComponentEnum::UCHAR, { { 33, 33, 20 } }, spacing, origin, lumo::Geometry3D::DirectionType::GetIdentity());
+    // A border of background voxels, so that the organ has a surface to colour.
+    auto * v = static_cast<unsigned char *>(image->GetData());
+    for (unsigned int z = 1; z + 1 < 20; ++z)
+    {
+      for (unsigned int y = 1; y + 1 < 33; ++y)
+      {
+        std::fill_n(v + (z * 33 + y) * 33 + 1, 31, 1);
+      }
+    }
+    lumo::WriteImageFile(image, path("organ.nrrd"));
+    // The plane x = 45 across the branches; its front (away from the organ's centre) is resected.
+    writeFile(path("cut.mps"),
+              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<LumoPointSet version=\"1\">\n  <TimeStep index=\"0\">\n"
+              "    <Point id=\"0\" x=\"45\" y=\"-20\" z=\"0\"/>\n    <Point id=\"1\" x=\"45\" y=\"20\" z=\"0\"/>\n"
+              "    <Point id=\"2\" x=\"45\" y=\"0\" z=\"25\"/>\n  </TimeStep>\n</LumoPointSet>\n");
+  }
+
+  std::unique_ptr<arbo::Viewer>
+  openWithPlane(const std::string & plane)
+  {
+    arbo::Viewer::Options options;
+    options.files = { path("organ.nrrd"), path("portal.ves") };
+    options.width = 500;
+    options.height = 400;
+    options.view = "top";
+    options.plane = plane;
+    auto viewer = std::make_unique<arbo::Viewer>(options, m_Context);
+    viewer->show();
+    return viewer;
+  }
+
+  /** Press, move and release of the left button through the window's own event handling. */
+  static void
+  drag(arbo::Viewer & viewer, const std::array<int, 2> & from, const std::array<int, 2> & to)
+  {
+    vtkRenderWindowInteractor * window = viewer.windowInteractor();
+    window->SetEventInformation(from[0], from[1], 0, 0);
+    window->InvokeEvent(vtkCommand::LeftButtonPressEvent);
+    window->SetEventInformation((from[0] + to[0]) / 2, (from[1] + to[1]) / 2, 0, 0);
+    window->InvokeEvent(vtkCommand::MouseMoveEvent);
+    window->SetEventInformation(to[0], to[1], 0, 0);
+    window->InvokeEvent(vtkCommand::MouseMoveEvent);
+    window->InvokeEvent(vtkCommand::LeftButtonReleaseEvent);
+  }
+
+  /** The status line the generator gives for the organ and tree on disk and a plane file. */
+  std::string
+  expectedStatus(const std::string & planeFile, const std::string & prefix)
+  {
+    lumo::Image::Pointer organ = lumo::ReadImageFile(path("organ.nrrd"));
+    auto reader = lumo::VesselTreeFileReader::New();
+    reader->SetFileName(path("portal.ves").c_str());
+    reader->Update();
+    auto plane = lumo::DeformablePlane::New();
+    plane->SetControlPoints(lumo::ReadPointSetFile(planeFile));
+    plane->SetOrgan(organ);
+    auto generator = lumo::DeformablePlaneRPG::New();
+    generator->SetOrganSegmentation(organ);
+    generator->SetVesselTree(reader->GetOutput());
+    generator->SetCuttingPlane(plane);
+    generator->GenerateSurfacesOff();
+    generator->Update();
+    const double ml = generator->GetVoxelMillilitres();
+    std::ostringstream text;
+    text << std::fixed << std::setprecision(2) << prefix << "remnant "
+         << generator->GetNumberOfVoxels(lumo::VascularTerritoryRPG::RemnantLabel) * ml << " ml, resected "
+         << generator->GetNumberOfVoxels(lumo::VascularTerritoryRPG::ResectedLabel) * ml << " ml, at risk "
+         << generator->GetNumberOfVoxels(lumo::VascularTerritoryRPG::AtRiskLabel) * ml << " ml, FLR "
+         << generator->GetFutureLiverRemnantPercent() << " %";
+    return text.str();
+  }
+};
+} // namespace
+
+TEST_F(ArboViewPlane, DraggingAHandleRecomputesTheVolumesOfTheSavedPlane)
+{
+  LUMO_REQUIRE_DISPLAY();
+  auto viewer = openWithPlane(path("cut.mps"));
+  viewer->attach();
+  const std::string start = expectedStatus(path("cut.mps"), "");
+  EXPECT_EQ(viewer->statusText(), start);
+
+  // Drag the handle at (45, 20, 0) towards x = 20: the cut slants across the root.
+  drag(*viewer, at(*viewer, 45, 20, 0), at(*viewer, 20, 20, 0));
+  const std::string moved = viewer->statusText();
+  EXPECT_NE(moved, start);
+  EXPECT_EQ(moved.rfind("Moved control point 2: remnant ", 0), 0u) << moved;
+  EXPECT_NEAR(viewer->plane()->GetControlPoints()[1][0], 20.0, 0.5);
+  EXPECT_NEAR(viewer->plane()->GetControlPoints()[1][2], 0.0, 0.5);
+
+  // Undo and redo cover the drag.
+  press(*viewer, "z");
+  EXPECT_EQ(viewer->plane()->GetControlPoints()[1][0], 45.0);
+  EXPECT_EQ(viewer->statusText().rfind("Undone: ", 0), 0u);
+  EXPECT_NE(viewer->statusText().find(start), std::string::npos) << viewer->statusText();
+  press(*viewer, "y");
+  EXPECT_NEAR(viewer->plane()->GetControlPoints()[1][0], 20.0, 0.5);
+
+  // Saved beside the inputs, which stay as they were; the generator on the saved plane gives the shown volumes.
+  press(*viewer, "s");
+  EXPECT_EQ(viewer->statusText(), "Saved " + path("portal.edited.ves"));
+  EXPECT_EQ(m_Err.str(),
+            "arbo: saved " + path("organ.plane.mps") + "\narbo: saved " + path("portal.edited.ves") + "\n");
+  EXPECT_EQ(moved, expectedStatus(path("organ.plane.mps"), "Moved control point 2: "));
+  EXPECT_EQ(readFile(path("portal.ves")), m_Original);
+  EXPECT_EQ(
+    files(),
+    (std::vector<std::string>{ "cut.mps", "organ.nrrd", "organ.plane.mps", "portal.edited.ves", "portal.ves" }));
+  // The saved tree carries the resection statuses of the cut: some vessel to be resected or at risk.
+  const std::string saved = labels(path("portal.edited.ves"));
+  EXPECT_TRUE(saved.find(",3 ") != std::string::npos || saved.find(",4 ") != std::string::npos) << saved;
+}
+
+TEST_F(ArboViewPlane, KeysPlaceAPlaneAndAddAndRemoveControlPoints)
+{
+  LUMO_REQUIRE_DISPLAY();
+  auto viewer = openWithPlane("");
+  viewer->attach();
+  EXPECT_EQ(viewer->plane(), nullptr);
+  press(*viewer, "i");
+  EXPECT_EQ(viewer->statusText(), "No plane: o places one through the organ's centre");
+  press(*viewer, "o");
+  ASSERT_NE(viewer->plane(), nullptr);
+  EXPECT_EQ(viewer->plane()->GetNumberOfControlPoints(), 4u);
+  EXPECT_EQ(viewer->statusText().rfind("remnant ", 0), 0u) << viewer->statusText();
+  press(*viewer, "d");
+  EXPECT_EQ(viewer->statusText(), "Grab a control point first, then d removes it");
+  press(*viewer, "i");
+  EXPECT_EQ(viewer->plane()->GetNumberOfControlPoints(), 5u);
+  EXPECT_EQ(viewer->statusText().rfind("Added control point 5: remnant ", 0), 0u) << viewer->statusText();
+  press(*viewer, "d");
+  press(*viewer, "d");
+  EXPECT_EQ(viewer->statusText(), "Grab a control point first, then d removes it");
+  EXPECT_EQ(viewer->plane()->GetNumberOfControlPoints(), 4u);
+  // Removing down to three points is allowed, below is refused.
+  const auto first = viewer->plane()->GetControlPoints()[0];
+  drag(*viewer, at(*viewer, first[0], first[1], first[2]), at(*viewer, first[0], first[1], first[2]));
+  press(*viewer, "d");
+  EXPECT_EQ(viewer->plane()->GetNumberOfControlPoints(), 3u);
+  const auto next = viewer->plane()->GetControlPoints()[0];
+  drag(*viewer, at(*viewer, next[0], next[1], next[2]), at(*viewer, next[0], next[1], next[2]));
+  press(*viewer, "d");
+  EXPECT_EQ(viewer->statusText(), "Not removed: A deformable plane needs at least 3 control points, got 2");
+  EXPECT_EQ(viewer->plane()->GetNumberOfControlPoints(), 3u);
+
+  press(*viewer, "q");
+  EXPECT_FALSE(viewer->quitRequested());
+  press(*viewer, "s");
+  EXPECT_EQ(
+    files(),
+    (std::vector<std::string>{ "cut.mps", "organ.nrrd", "organ.plane.mps", "portal.edited.ves", "portal.ves" }));
+}
+
+TEST_F(ArboViewPlane, ABadPlaneIsRefusedBeforeAnythingIsShown)
+{
+  LUMO_REQUIRE_DISPLAY();
+  writeFile(path("line.mps"),
+            "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<LumoPointSet version=\"1\">\n  <TimeStep index=\"0\">\n"
+            "    <Point id=\"0\" x=\"0\" y=\"0\" z=\"0\"/>\n    <Point id=\"1\" x=\"1\" y=\"1\" z=\"1\"/>\n"
+            "    <Point id=\"2\" x=\"2\" y=\"2\" z=\"2\"/>\n  </TimeStep>\n</LumoPointSet>\n");
+  const ArboRun run = runArbo({ "view", path("organ.nrrd"), path("portal.ves"), "--plane", path("line.mps") });
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err, "arbo: " + path("line.mps") + ": The control points of a deformable plane lie on one line\n");
+  EXPECT_EQ(files(), (std::vector<std::string>{ "cut.mps", "line.mps", "organ.nrrd", "portal.ves" }));
 }
 
 TEST_F(ArboView, ASceneIsWrittenBackOnlyAfterAsking)

@@ -1,0 +1,574 @@
+#include "arboCommands.h"
+
+#include "arboAtomicFile.h"
+#include "arboError.h"
+#include "arboFiles.h"
+
+#include "lumoImage.h"
+#include "lumoImageIO.h"
+#include "lumoResectionPlanRPG.h"
+#include "lumoResectionProposalDescriptorPropertySerializer.h"
+#include "lumoSafetyMarginRPG.h"
+#include "lumoSurface.h"
+
+#include "ArVesselTree.h"
+
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+#include <iomanip>
+#include <map>
+#include <memory>
+#include <ostream>
+#include <sstream>
+#include <vector>
+
+namespace arbo
+{
+namespace
+{
+using Json = nlohmann::ordered_json;
+using Generator = lumo::VascularTerritoryRPG;
+
+struct ResectOptions
+{
+  std::string organ;
+  std::string portal;
+  std::string hepatic;
+  bool plan{ false };
+  std::string tumour;
+  std::string margins;
+  std::string output;
+  std::string surfaces;
+  std::string surfaceFormat{ "vtp" };
+  std::string treeOut;
+  bool json{ false };
+  double minFlr{ 25.0 };
+  unsigned int threads{ 0 };
+};
+
+/** One margin as given and as it appears in file names ("2.5" for 2.5 mm). */
+struct Margin
+{
+  double millimetres;
+  std::string text;
+};
+
+/** What one proposal came to, kept until every proposal is computed so that a failure writes nothing. */
+struct Result
+{
+  bool hasMargin{ false };
+  Margin margin{ 0.0, "" };
+  std::string output;
+  std::string proposal;
+  std::string tree;
+  lumo::Image::Pointer image;
+  lumo::ResectionProposalDescriptorProperty::Pointer descriptor;
+  lumo::VesselTreeData::Pointer plan;
+  /** Surface files and their surfaces, in label order. */
+  std::vector<std::pair<std::string, lumo::Surface::Pointer>> surfaces;
+  std::size_t voxels[5]{ 0, 0, 0, 0, 0 };
+  std::size_t tumourVoxels{ 0 };
+  double flr{ 0.0 };
+};
+
+std::string
+fixed(double value, int decimals)
+{
+  std::ostringstream text;
+  text << std::fixed << std::setprecision(decimals) << value;
+  return text.str();
+}
+
+/** "-5mm" inserted before the format's ending: resection.nii.gz -> resection-5mm.nii.gz. */
+std::string
+withSuffix(const std::string & path, const std::string & suffix)
+{
+  const std::string extension = formatExtension(path);
+  return path.substr(0, path.size() - extension.size()) + suffix + path.substr(path.size() - extension.size());
+}
+
+std::string
+stemOf(const std::string & path)
+{
+  return path.substr(0, path.size() - formatExtension(path).size());
+}
+
+/** "0,5,10" to margins; anything but numbers >= 0 is a usage error. */
+std::vector<Margin>
+parseMargins(const std::string & list)
+{
+  std::vector<Margin> margins;
+  std::stringstream stream(list);
+  for (std::string item; std::getline(stream, item, ',');)
+  {
+    std::istringstream number(item);
+    number.imbue(std::locale::classic());
+    double value = 0.0;
+    if (!(number >> value) || !(number >> std::ws).eof() || !std::isfinite(value) || value < 0.0)
+    {
+      throw CLI::ValidationError("--margin", "'" + item + "' is not a margin in mm (a number >= 0)");
+    }
+    std::ostringstream text;
+    text.imbue(std::locale::classic());
+    text << value;
+    for (const Margin & earlier : margins)
+    {
+      if (earlier.text == text.str())
+      {
+        throw CLI::ValidationError("--margin", "the margin " + text.str() + " mm is given twice");
+      }
+    }
+    margins.push_back({ value, text.str() });
+  }
+  if (margins.empty() || list.back() == ',')
+  {
+    throw CLI::ValidationError("--margin", "'" + list + "' is not a list of margins in mm (like 0,5,10)");
+  }
+  return margins;
+}
+
+lumo::Image::Pointer
+readImage(const std::string & path, const std::string & what)
+{
+  lumo::BaseData::Pointer data = readData(path);
+  auto * image = dynamic_cast<lumo::Image *>(data.GetPointer());
+  if (image == nullptr)
+  {
+    throw Error(path, "holds a " + kindOf(data) + ", not " + what);
+  }
+  return image;
+}
+
+/** The generator's refusals in the command's words, charged to the file they concern. */
+[[noreturn]] void
+rethrowForFiles(const std::string & what, const ResectOptions & options)
+{
+  const std::string gridPrefix = "Tumour mask and organ segmentation differ in ";
+  if (what.rfind(gridPrefix, 0) == 0)
+  {
+    throw Error(options.tumour,
+                "lies on another grid than the organ: they differ in " + what.substr(gridPrefix.size()));
+  }
+  if (what == "Tumour mask holds no tumour voxel")
+  {
+    throw Error(options.tumour, "holds no tumour voxel (every voxel is 0)");
+  }
+  if (what == "Tumour lies entirely outside the organ")
+  {
+    throw Error(options.tumour, "lies entirely outside the organ");
+  }
+  if (what == "Portal tree holds no portal vein with centre-line points")
+  {
+    throw Error(options.portal, "holds no portal vein with centre-line points");
+  }
+  if (what == "Hepatic tree holds no hepatic vein with centre-line points")
+  {
+    throw Error(options.hepatic, "holds no hepatic vein with centre-line points");
+  }
+  if (what == "No vessel is marked to be resected or at risk")
+  {
+    throw Error(options.hepatic.empty() ? options.portal : options.portal + ", " + options.hepatic,
+                "no vessel is marked to be resected or at risk (set resection statuses with \"arbo label ... "
+                "--status resect\" or in \"arbo view\")");
+  }
+  if (what.rfind("Organ segmentation", 0) == 0)
+  {
+    throw Error(options.organ, "is not an organ segmentation: it must be a 3-D unsigned 8-bit image");
+  }
+  throw Error(options.portal, what);
+}
+
+lumo::Image::Pointer
+copyOf(const lumo::Image * image)
+{
+  auto copy = lumo::Image::New();
+  copy->Initialize(image->GetPixelType(),
+                   image->GetSize(),
+                   image->GetSpacing(),
+                   image->GetOrigin(),
+                   image->GetDirection(),
+                   image->GetDimension());
+  std::memcpy(copy->GetData(), image->GetData(), image->GetBufferSizeInBytes());
+  return copy;
+}
+
+void
+writeProposal(const lumo::ResectionProposalDescriptorProperty & descriptor, const std::string & path)
+{
+  try
+  {
+    lumo::WriteResectionProposalDescriptorFile(descriptor, path);
+  }
+  catch (const itk::ExceptionObject & e)
+  {
+    throw Error(path, e.GetDescription());
+  }
+}
+
+/** Writes every file of every result; when one fails, the files this run already wrote are removed again. */
+void
+writeResults(const std::vector<Result> & results)
+{
+  std::vector<std::string> written;
+  std::string createdFolder;
+  try
+  {
+    for (const Result & result : results)
+    {
+      writeData(result.image, result.output);
+      written.push_back(result.output);
+      writeProposal(*result.descriptor, result.proposal);
+      written.push_back(result.proposal);
+      if (!result.tree.empty())
+      {
+        writeData(result.plan, result.tree);
+        written.push_back(result.tree);
+      }
+      for (const auto & [file, surface] : result.surfaces)
+      {
+        const std::filesystem::path folder = std::filesystem::path(file).parent_path();
+        std::error_code ec;
+        if (!std::filesystem::exists(folder, ec))
+        {
+          if (!std::filesystem::create_directories(folder, ec))
+          {
+            throw Error(folder.string(), "cannot be created (" + ec.message() + ")");
+          }
+          createdFolder = folder.string();
+        }
+        writeData(surface, file);
+        written.push_back(file);
+      }
+    }
+  }
+  catch (...)
+  {
+    std::error_code ec;
+    for (const std::string & file : written)
+    {
+      std::filesystem::remove(file, ec);
+    }
+    if (!createdFolder.empty())
+    {
+      std::filesystem::remove(createdFolder, ec); // only when empty
+    }
+    throw;
+  }
+}
+
+Json
+part(std::size_t voxels, double voxelMillilitres, std::size_t organVoxels)
+{
+  return { { "voxels", voxels },
+           { "millilitres", static_cast<double>(voxels) * voxelMillilitres },
+           { "percent", organVoxels == 0 ? 0.0 : 100.0 * static_cast<double>(voxels) / organVoxels } };
+}
+
+void
+resect(const ResectOptions & options, Context & context)
+{
+  if (options.plan == !options.tumour.empty())
+  {
+    throw CLI::ValidationError("resect", "give exactly one of --plan and --tumour TUMOUR");
+  }
+  if (options.plan && !options.margins.empty())
+  {
+    throw CLI::ValidationError("--margin", "a margin belongs to --tumour, not to --plan");
+  }
+  const std::vector<Margin> margins =
+    options.plan ? std::vector<Margin>{} : parseMargins(options.margins.empty() ? "10" : options.margins);
+  if (!lumo::CanWriteImageFile(options.output))
+  {
+    throw Error(options.output,
+                "cannot write an image as '" + formatExtension(options.output) +
+                  "' (supported: .nrrd, .nii, .nii.gz, .mhd, .mha, .pic, .pic.gz)");
+  }
+  if (!options.treeOut.empty() && formatExtension(options.treeOut) != ".ves" &&
+      formatExtension(options.treeOut) != ".vtp")
+  {
+    throw Error(options.treeOut,
+                "cannot write a vessel tree as '" + formatExtension(options.treeOut) + "' (supported: .ves, .vtp)");
+  }
+
+  lumo::Image::Pointer organ = readImage(options.organ, "an organ segmentation image");
+  lumo::VesselTreeData::Pointer portal = readVesselTree(options.portal);
+  lumo::VesselTreeData::Pointer hepatic;
+  if (!options.hepatic.empty())
+  {
+    hepatic = readVesselTree(options.hepatic);
+  }
+  lumo::Image::Pointer tumour;
+  if (!options.plan)
+  {
+    tumour = readImage(options.tumour, "a tumour mask image");
+  }
+
+  Generator::Pointer generator;
+  lumo::SafetyMarginRPG::Pointer margin;
+  if (options.plan)
+  {
+    generator = lumo::ResectionPlanRPG::New().GetPointer();
+  }
+  else
+  {
+    margin = lumo::SafetyMarginRPG::New();
+    margin->SetTumourMask(tumour);
+    // One distance map serves every margin when it reaches the largest.
+    double largest = 0.0;
+    for (const Margin & m : margins)
+    {
+      largest = std::max(largest, m.millimetres);
+    }
+    margin->SetDistanceMapReach(largest);
+    generator = margin.GetPointer();
+  }
+  generator->SetOrganSegmentation(organ);
+  generator->SetVesselTree(portal);
+  if (hepatic)
+  {
+    generator->SetHepaticVesselTree(hepatic);
+  }
+  generator->SetGenerateSurfaces(!options.surfaces.empty());
+  if (options.threads > 0)
+  {
+    generator->SetNumberOfWorkUnits(options.threads);
+  }
+
+  std::vector<Result> results;
+  const std::size_t runs = options.plan ? 1 : margins.size();
+  for (std::size_t run = 0; run < runs; ++run)
+  {
+    Result result;
+    result.output = options.output;
+    result.tree = options.treeOut;
+    if (margin)
+    {
+      result.hasMargin = true;
+      result.margin = margins[run];
+      margin->SetMarginWidth(result.margin.millimetres);
+      margin->SetProposalName("Safety margin " + result.margin.text + " mm");
+      if (margins.size() > 1)
+      {
+        result.output = withSuffix(options.output, "-" + result.margin.text + "mm");
+        result.tree = options.treeOut.empty() ? "" : withSuffix(options.treeOut, "-" + result.margin.text + "mm");
+      }
+    }
+    else
+    {
+      generator->SetProposalName("Resection plan");
+    }
+    result.proposal = stemOf(result.output) + ".proposal.xml";
+    try
+    {
+      generator->Update();
+    }
+    catch (const itk::ExceptionObject & e)
+    {
+      rethrowForFiles(e.GetDescription(), options);
+    }
+    catch (const std::runtime_error & e)
+    {
+      rethrowForFiles(e.what(), options);
+    }
+    // The last proposal keeps the generator's own image; earlier ones are copied before the next update.
+    result.image = results.size() + 1 == runs ? lumo::Image::Pointer(generator->GetResectionImage())
+                                              : copyOf(generator->GetResectionImage());
+    result.descriptor = generator->GetResectionProposalDescriptor();
+    for (std::uint8_t label = 2; label <= 4; ++label)
+    {
+      result.voxels[label] = generator->GetNumberOfVoxels(label);
+    }
+    result.tumourVoxels = generator->GetNumberOfTumourVoxels();
+    result.flr = generator->GetFutureLiverRemnantPercent();
+    if (!options.surfaces.empty())
+    {
+      static const char * const words[5] = { "", "", "remnant", "resected", "at-risk" };
+      const std::string base = std::filesystem::path(stemOf(result.output)).filename().string();
+      for (unsigned int i = 0; i < generator->GetNumberOfResectionSurfaces(); ++i)
+      {
+        const int label = result.descriptor->GetLabelForSurfaceIndex(static_cast<int>(i));
+        if (label < 2 || label > 4)
+        {
+          continue;
+        }
+        auto surface = lumo::Surface::New();
+        surface->Graft(generator->GetResectionSurface(i));
+        const std::string file =
+          (std::filesystem::path(options.surfaces) / (base + "-" + words[label] + "." + options.surfaceFormat))
+            .string();
+        result.surfaces.emplace_back(file, surface);
+      }
+    }
+    if (!result.tree.empty())
+    {
+      std::vector<ArVesselTree> trees{ portal->GetVesselTreeData(0) };
+      if (hepatic)
+      {
+        trees.push_back(hepatic->GetVesselTreeData(0));
+      }
+      result.plan = lumo::VesselTreeData::New();
+      result.plan->initialize(trees.size() == 1 ? cloneVesselTree(trees.front()) : joinVesselTrees(trees));
+    }
+    results.push_back(result);
+  }
+  writeResults(results);
+
+  const std::size_t organVoxels = generator->GetNumberOfOrganVoxels();
+  const double voxelMl = generator->GetVoxelMillilitres();
+  if (options.json)
+  {
+    Json list = Json::array();
+    for (const Result & result : results)
+    {
+      Json entry;
+      entry["margin_mm"] = result.hasMargin ? Json(result.margin.millimetres) : Json(nullptr);
+      entry["output"] = result.output;
+      entry["proposal"] = result.proposal;
+      if (!result.tree.empty())
+      {
+        entry["tree"] = result.tree;
+      }
+      entry["remnant"] = part(result.voxels[2], voxelMl, organVoxels);
+      entry["resected"] = part(result.voxels[3], voxelMl, organVoxels);
+      entry["at_risk"] = part(result.voxels[4], voxelMl, organVoxels);
+      entry["tumour"] = part(result.tumourVoxels, voxelMl, organVoxels);
+      entry["flr_percent"] = result.flr;
+      entry["below_min_flr"] = result.flr < options.minFlr;
+      list.push_back(entry);
+    }
+    Json report{ { "organ", options.organ },
+                 { "portal", options.portal },
+                 { "hepatic", options.hepatic.empty() ? Json(nullptr) : Json(options.hepatic) },
+                 { "mode", options.plan ? "plan" : "tumour" },
+                 { "tumour", options.plan ? Json(nullptr) : Json(options.tumour) },
+                 { "organ_voxels", organVoxels },
+                 { "organ_millilitres", static_cast<double>(organVoxels) * voxelMl },
+                 { "min_flr_percent", options.minFlr },
+                 { "proposals", list } };
+    context.out << report.dump(2) << "\n";
+  }
+  else
+  {
+    std::ostream & out = context.out;
+    if (options.plan)
+    {
+      out << "Resection plan of " << options.portal;
+    }
+    else
+    {
+      out << "Risk analysis of " << options.tumour << " with " << options.portal;
+    }
+    out << (options.hepatic.empty() ? "" : " and " + options.hepatic) << " in " << options.organ << "\n";
+    out << "organ: " << organVoxels << " voxels, " << fixed(static_cast<double>(organVoxels) * voxelMl, 2) << " ml\n";
+    for (const Result & result : results)
+    {
+      out << "\n"
+          << (result.hasMargin ? "margin " + result.margin.text + " mm" : std::string("plan")) << " -> "
+          << result.output << "\n";
+      out << "  " << std::left << std::setw(10) << "part" << std::right << std::setw(12) << "voxels" << std::setw(12)
+          << "ml" << std::setw(9) << "% organ"
+          << "\n";
+      const auto row = [&](const char * name, std::size_t voxels) {
+        const double share = organVoxels == 0 ? 0.0 : 100.0 * static_cast<double>(voxels) / organVoxels;
+        out << "  " << std::left << std::setw(10) << name << std::right << std::setw(12) << voxels << std::setw(12)
+            << fixed(static_cast<double>(voxels) * voxelMl, 2) << std::setw(9) << fixed(share, 2) << "\n";
+      };
+      row("remnant", result.voxels[2]);
+      row("resected", result.voxels[3]);
+      row("at risk", result.voxels[4]);
+      if (result.hasMargin)
+      {
+        row("tumour", result.tumourVoxels);
+      }
+      out << "  FLR " << fixed(result.flr, 2) << " %"
+          << (result.hasMargin ? " (remnant / (organ - tumour))" : " (remnant / organ)") << "\n";
+    }
+    if (results.size() > 1)
+    {
+      out << "\n  " << std::right << std::setw(9) << "margin" << std::setw(14) << "resected ml" << std::setw(13)
+          << "at risk ml" << std::setw(13) << "remnant ml" << std::setw(9) << "FLR %"
+          << "\n";
+      for (const Result & result : results)
+      {
+        out << "  " << std::setw(9) << (result.margin.text + " mm") << std::setw(14)
+            << fixed(static_cast<double>(result.voxels[3]) * voxelMl, 2) << std::setw(13)
+            << fixed(static_cast<double>(result.voxels[4]) * voxelMl, 2) << std::setw(13)
+            << fixed(static_cast<double>(result.voxels[2]) * voxelMl, 2) << std::setw(9) << fixed(result.flr, 2)
+            << "\n";
+      }
+    }
+  }
+  if (!context.quiet)
+  {
+    for (const Result & result : results)
+    {
+      if (result.flr < options.minFlr)
+      {
+        context.err << "arbo: note: the future liver remnant of "
+                    << (result.hasMargin ? "margin " + result.margin.text + " mm" : std::string("the plan")) << " is "
+                    << fixed(result.flr, 2) << " %, below " << fixed(options.minFlr, 2) << " % (--min-flr)\n";
+      }
+    }
+    for (const Result & result : results)
+    {
+      context.err << "arbo: wrote " << result.output << " and " << result.proposal
+                  << (result.tree.empty() ? "" : " and " + result.tree) << "\n";
+    }
+  }
+}
+} // namespace
+
+void
+addResectCommand(CLI::App & app, Context & context)
+{
+  auto options = std::make_shared<ResectOptions>();
+  CLI::App * command = app.add_subcommand(
+    "resect", "Resection proposal from a plan or a tumour with safety margins: resected, at risk, remnant, FLR");
+  command->footer(
+    "Two ways to a proposal:\n"
+    "  --plan            the resection statuses of the tree (arbo label --status, arbo view): each organ voxel\n"
+    "                    takes the status of the portal vein with the nearest centre-line point\n"
+    "  --tumour TUMOUR   risk analysis: the zone within --margin mm of the tumour (world mm, voxel centres) is\n"
+    "                    resected; every portal vein with a point in the zone is cut, and with it everything it\n"
+    "                    supplies downstream; with --hepatic, veins cut in the zone congest what they drain\n"
+    "Labels of the output image: 0 outside the organ, 2 remnant, 3 to be resected, 4 area at risk. Beside it,\n"
+    "<stem>.proposal.xml describes the labels (names, volumes in ml, colours). Several margins (--margin 0,5,10)\n"
+    "give one image per margin, named by inserting -<margin>mm before the ending, and share one distance map and\n"
+    "one territory labelling. The future liver remnant (FLR) is remnant / (organ - tumour inside the organ); a\n"
+    "note on stderr flags proposals below --min-flr.\n"
+    "The tumour mask must lie on the organ's grid (size, spacing, origin, direction); any non-zero voxel is\n"
+    "tumour. Trees are in the organ's world coordinates. With --tree-out, the trees are written with the statuses\n"
+    "of the proposal (3 devascularised, 4 congested, 2 kept), for arbo view and arbo render.\n"
+    "Examples: arbo resect liver.nrrd portal.ves --tumour tumour.nrrd --margin 0,5,10 -o risk.nrrd\n"
+    "          arbo resect liver.nrrd portal.ves --hepatic hepatic.ves --tumour tumour.nrrd --margin 10 \\\n"
+    "            -o resection.nii.gz --tree-out plan.ves --json\n"
+    "          arbo resect liver.nrrd plan.ves --plan -o planned.nrrd");
+  command->add_option("organ", options->organ, "Organ segmentation (3-D unsigned 8-bit image, 0 = outside)")
+    ->required();
+  command->add_option("portal", options->portal, "Portal vein tree (.ves) in the organ's world coordinates")
+    ->required();
+  command->add_option("--hepatic", options->hepatic, "Hepatic vein tree (.ves): drainage, areas at risk");
+  command->add_flag("--plan", options->plan, "Proposal from the trees' resection statuses");
+  command->add_option("--tumour", options->tumour, "Tumour mask on the organ's grid (non-zero = tumour)");
+  command->add_option("--margin", options->margins, "Safety margin(s) in mm, comma-separated (default 10)");
+  command->add_option("-o,--output", options->output, "Resection image to write (.nrrd, .nii.gz, .mha, ...)")
+    ->required();
+  command->add_option("--surfaces", options->surfaces, "Folder for one smoothed surface per label (made if missing)");
+  command->add_option("--surface-format", options->surfaceFormat, "File format of the surfaces")
+    ->check(CLI::IsMember({ "vtp", "stl", "obj" }))
+    ->capture_default_str();
+  command->add_option("--tree-out", options->treeOut, "Write the trees with the proposal's statuses (.ves, .vtp)");
+  command->add_flag("--json", options->json, "Print the results as JSON (for scripts)");
+  command->add_option("--min-flr", options->minFlr, "FLR percent below which a note is printed")
+    ->check(CLI::Range(0.0, 100.0))
+    ->capture_default_str();
+  command->add_option("--threads", options->threads, "Threads for the territories (default: all cores)")
+    ->check(CLI::Range(1u, 1024u));
+  command->callback([options, &context] { resect(*options, context); });
+}
+} // namespace arbo
