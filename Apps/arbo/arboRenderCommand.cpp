@@ -146,14 +146,17 @@ addRenderCommand(CLI::App & app, Context & context)
     "areas) as one surface per label in the segment colours. Selected vessels take the active colour.\n"
     "A resection image (labels 2 remnant, 3 resected, 4 at risk, with NAME.proposal.xml beside it, or any such\n"
     "image with --resection) is drawn in the resection-status colours: the remnant translucent, the rest solid.\n"
+    "A scene (.rs) adds its nodes as saved: hidden nodes are left out, trees keep their colour tables, an organ its\n"
+    "colour and opacity; the opacity of a label or resection image scales that of its surfaces.\n"
     "Without an X display the command runs itself under \"xvfb-run -a\" (package xvfb).\n\n"
     "Examples:\n"
     "  arbo render portal.ves hepatic.ves organ.nrrd -o tree.png --view iso\n"
     "  arbo render segments.nrrd portal.ves -o segments.png --size 1600x1200\n"
     "  arbo render portal.ves -o path.png --select 12 --select-mode path\n"
     "  arbo render resection.nrrd portal.ves -o resection.png --resection\n"
-    "  arbo render organ.nrrd portal.ves -o cut.png --plane cut.mps");
-  command->add_option("files", options->files, "Vessel trees (.ves), masks and label images")
+    "  arbo render organ.nrrd portal.ves -o cut.png --plane cut.mps\n"
+    "  arbo render plan.rs -o plan.png --view iso");
+  command->add_option("files", options->files, "Vessel trees (.ves), masks, label images and scenes (.rs)")
     ->required()
     ->check(CLI::ExistingFile);
   command->add_option("-o,--output", options->output, "The PNG to write")->required();

@@ -4,12 +4,16 @@
 #include "arboError.h"
 #include "arboFiles.h"
 
+#include "lumoArboCoreObjectFactory.h"
+#include "lumoCalyxSceneIO.h"
+#include "lumoCalyxSceneReaderV1.h"
 #include "lumoImage.h"
 #include "lumoImageAccess.h"
 #include "lumoLabelImageSurfaceFilter.h"
 #include "lumoLookupTable.h"
 #include "lumoPointSet.h"
 #include "lumoLookupTableProperty.h"
+#include "lumoPointSet.h"
 #include "lumoSurface.h"
 #include "lumoSurfaceVtkMapper3D.h"
 #include "lumoVesselTreeLookupTable.h"
@@ -33,6 +37,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <cmath>
+#include <iostream>
 #include <set>
 
 namespace arbo
@@ -222,6 +227,165 @@ proposalFileOf(const std::string & imagePath)
   return imagePath.substr(0, imagePath.size() - ending.size()) + ".proposal.xml";
 }
 
+bool
+isSceneFile(const std::string & path)
+{
+  const std::string name = std::filesystem::path(path).filename().string();
+  return name.size() > 3 &&
+         (name.compare(name.size() - 3, 3, ".rs") == 0 || name.compare(name.size() - 3, 3, ".RS") == 0);
+}
+
+CapturedMessages::CapturedMessages()
+  : m_Previous(std::cout.rdbuf(m_Buffer.rdbuf()))
+{}
+
+CapturedMessages::~CapturedMessages()
+{
+  std::cout.rdbuf(m_Previous);
+}
+
+lumo::DataStorage::Pointer
+loadSceneFile(const std::string & path, std::string & messages)
+{
+  registerFileTypes();
+  lumo::RegisterArboCoreObjectFactory(); // trees get the module's node defaults (tube mapper, vessel colour table)
+  std::error_code ec;
+  if (!std::filesystem::is_regular_file(path, ec))
+  {
+    throw Error(path, "no such file");
+  }
+  std::string directory = std::filesystem::path(path).parent_path().string();
+  if (directory.empty())
+  {
+    directory = ".";
+  }
+  auto storage = lumo::DataStorage::New();
+  auto reader = lumo::CalyxSceneReaderV1::New();
+  bool loaded = false;
+  {
+    CapturedMessages captured;
+    loaded =
+      lumo::CalyxSceneIO::New()->LoadScene(storage, directory, std::filesystem::path(path).filename().string(), reader);
+    messages = captured.text();
+  }
+  if (!loaded && reader->GetLoadedNodes().empty())
+  {
+    throw Error(path, "is not a scene that can be loaded (arbo scene info tells why)");
+  }
+  for (lumo::DataNode * node : reader->GetLoadedNodes())
+  {
+    if (!storage->Exists(node))
+    {
+      throw Error(path, "node '" + node->GetName() + "' could not be placed (a source is missing)");
+    }
+  }
+  return storage;
+}
+
+namespace
+{
+/** Whether the image holds a single non-zero value and no negative or fractional one: an organ mask. */
+bool
+isMask(const lumo::Image * image)
+{
+  bool mask = true;
+  double label = 0;
+  lumo::AccessByItk(image, [&](auto * itkImage) {
+    using ImageType = std::remove_pointer_t<decltype(itkImage)>;
+    itk::ImageRegionConstIterator<ImageType> it(itkImage, itkImage->GetLargestPossibleRegion());
+    for (; !it.IsAtEnd() && mask; ++it)
+    {
+      const double value = static_cast<double>(it.Get());
+      if (value == 0)
+      {
+        continue;
+      }
+      mask = value > 0 && value == std::floor(value) && (label == 0 || value == label);
+      label = value;
+    }
+  });
+  return mask && label != 0;
+}
+} // namespace
+
+lumo::DataNode::Pointer
+sceneNode(const std::string & name, lumo::BaseData * data)
+{
+  lumo::RegisterArboCoreObjectFactory();
+  auto node = lumo::DataNode::New();
+  node->SetData(data);
+  node->SetName(name);
+  auto * image = dynamic_cast<lumo::Image *>(data);
+  if (image != nullptr && isMask(image))
+  {
+    // The organ as drawn around trees: a veil in the organ colour.
+    node->SetColor(0.87f, 0.72f, 0.60f);
+    node->SetOpacity(0.18f);
+  }
+  return node;
+}
+
+std::string
+nodeNameOf(const std::string & file)
+{
+  const std::string name = std::filesystem::path(file).filename().string();
+  return name.substr(0, name.find('.'));
+}
+
+lumo::DataStorage::Pointer
+openSceneForUpdate(const std::string & path)
+{
+  std::error_code ec;
+  if (!std::filesystem::exists(path, ec))
+  {
+    registerFileTypes();
+    return lumo::DataStorage::New();
+  }
+  std::string messages;
+  return loadSceneFile(path, messages);
+}
+
+void
+addResultToScene(lumo::DataStorage * scene,
+                 const std::string & path,
+                 const std::vector<std::pair<std::string, lumo::BaseData::Pointer>> & inputs,
+                 const std::pair<std::string, lumo::BaseData::Pointer> & result)
+{
+  auto findNode = [scene](const std::string & name) -> lumo::DataNode * {
+    const lumo::DataStorage::SetOfObjects::ConstPointer all = scene->GetAll();
+    for (const lumo::DataNode::Pointer & node : *all)
+    {
+      if (node->GetName() == name)
+      {
+        return node;
+      }
+    }
+    return nullptr;
+  };
+  auto sources = lumo::DataStorage::SetOfObjects::New();
+  for (const auto & [name, data] : inputs)
+  {
+    lumo::DataNode * node = findNode(name);
+    if (node == nullptr)
+    {
+      lumo::DataNode::Pointer added = sceneNode(name, data);
+      scene->Add(added);
+      node = added;
+    }
+    sources->push_back(node);
+  }
+  if (lumo::DataNode * previous = findNode(result.first))
+  {
+    scene->Remove(previous); // the result of an earlier run
+  }
+  scene->Add(sceneNode(result.first, result.second), sources);
+  CapturedMessages messages;
+  if (!lumo::CalyxSceneIO::New()->SaveScene(scene, path))
+  {
+    throw Error(path, "the scene could not be saved");
+  }
+}
+
 Scene
 buildScene(const std::vector<std::string> & files, bool renderSkeleton, bool resections)
 {
@@ -229,10 +393,55 @@ buildScene(const std::vector<std::string> & files, bool renderSkeleton, bool res
   scene.storage = lumo::DataStorage::New();
   std::vector<std::pair<lumo::DataNode::Pointer, bool>> images; // node, is an organ
   std::vector<std::pair<lumo::DataNode::Pointer, int>> parts;   // node, resection label
+  // Nodes of a scene file: the surfaces made from each image, and the image node with its saved properties.
+  struct Saved
+  {
+    std::size_t firstImage;
+    std::size_t firstPart;
+    lumo::DataNode::Pointer node;
+  };
+  std::vector<Saved> saved;
+  // Every file as a list of (name, data, node of a scene or null).
+  struct Item
+  {
+    std::string path;
+    lumo::BaseData::Pointer data;
+    lumo::DataNode::Pointer sceneNode;
+    int sceneIndex{ -1 };
+  };
+  std::vector<Item> items;
   for (const std::string & path : files)
   {
-    lumo::BaseData::Pointer data = readData(path);
-    auto node = lumo::DataNode::New();
+    if (!isSceneFile(path))
+    {
+      items.push_back({ path, readData(path), nullptr, -1 });
+      continue;
+    }
+    std::string messages;
+    lumo::DataStorage::Pointer loaded = loadSceneFile(path, messages);
+    scene.sceneFiles.push_back(path);
+    scene.sceneStorages.push_back(loaded);
+    const lumo::DataStorage::SetOfObjects::ConstPointer all = loaded->GetAll();
+    for (const lumo::DataNode::Pointer & node : *all)
+    {
+      bool visible = true;
+      node->GetBoolProperty("visible", visible);
+      if (!visible || node->GetData() == nullptr || dynamic_cast<lumo::PointSet *>(node->GetData()) != nullptr)
+      {
+        continue; // hidden, empty, or a point set (nothing this picture draws)
+      }
+      items.push_back({ node->GetName().empty() ? path : node->GetName(),
+                        node->GetData(),
+                        node,
+                        static_cast<int>(scene.sceneFiles.size()) - 1 });
+    }
+  }
+  for (const Item & item : items)
+  {
+    const std::string & path = item.path;
+    lumo::BaseData::Pointer data = item.data;
+    // A scene's node keeps its saved properties (colour tables, names); files get a new node.
+    lumo::DataNode::Pointer node = item.sceneNode ? item.sceneNode : lumo::DataNode::New();
     if (auto * tree = dynamic_cast<lumo::VesselTreeData *>(data.GetPointer()))
     {
       node->SetData(tree);
@@ -253,6 +462,17 @@ buildScene(const std::vector<std::string> & files, bool renderSkeleton, bool res
       scene.storage->Add(node);
       scene.trees.push_back(node);
       scene.treeFiles.push_back(path);
+      scene.treeScenes.push_back(item.sceneIndex);
+      continue;
+    }
+    if (item.sceneNode && dynamic_cast<lumo::Surface *>(data.GetPointer()) != nullptr)
+    {
+      // A surface of the scene is drawn as saved.
+      auto mapper = lumo::SurfaceVtkMapper3D::New();
+      mapper->SetDataNode(node);
+      node->SetMapper(lumo::DataNode::Standard3D, mapper);
+      scene.storage->Add(node);
+      ++scene.surfaces;
       continue;
     }
     auto * image = dynamic_cast<lumo::Image *>(data.GetPointer());
@@ -267,8 +487,15 @@ buildScene(const std::vector<std::string> & files, bool renderSkeleton, bool res
     {
       throw Error(path, "is empty (every voxel is 0): nothing to show");
     }
+    if (item.sceneNode)
+    {
+      saved.push_back({ images.size(), parts.size(), item.sceneNode });
+      node = lumo::DataNode::New(); // the image becomes surfaces: new nodes
+    }
     std::error_code ec;
-    if (resectionLabels(labels) && (resections || std::filesystem::is_regular_file(proposalFileOf(path), ec)))
+    const bool described = item.sceneNode ? item.sceneNode->GetProperty("ResectionProposalDescriptor") != nullptr
+                                          : std::filesystem::is_regular_file(proposalFileOf(path), ec);
+    if (resectionLabels(labels) && (resections || described))
     {
       addResection(scene, path, image, parts);
       continue;
@@ -315,6 +542,45 @@ buildScene(const std::vector<std::string> & files, bool renderSkeleton, bool res
     const bool withTrees = !scene.trees.empty();
     node->SetOpacity(label == 2 ? (withTrees ? 0.15f : 0.25f) : (withTrees ? 0.55f : 1.0f));
     node->SetBoolProperty("pickable", !withTrees);
+  }
+  // Saved properties of a scene's images: an organ takes its colour and opacity; the saved opacity of a label or
+  // resection image scales the opacities above, so that a scene can fade a whole image or keep it as drawn.
+  for (std::size_t i = 0; i < saved.size(); ++i)
+  {
+    const std::size_t imageEnd = i + 1 < saved.size() ? saved[i + 1].firstImage : images.size();
+    const std::size_t partEnd = i + 1 < saved.size() ? saved[i + 1].firstPart : parts.size();
+    const lumo::DataNode * source = saved[i].node;
+    float opacity = 1.0f;
+    const bool hasOpacity = source->GetOpacity(opacity);
+    float rgb[3] = { 0, 0, 0 };
+    const bool hasColor = source->GetColor(rgb);
+    for (std::size_t k = saved[i].firstImage; k < imageEnd; ++k)
+    {
+      auto & [node, organ] = images[k];
+      if (organ)
+      {
+        if (hasColor)
+        {
+          node->SetColor(rgb[0], rgb[1], rgb[2]);
+        }
+        if (hasOpacity)
+        {
+          node->SetOpacity(opacity);
+        }
+      }
+      else if (hasOpacity)
+      {
+        float own = 1.0f;
+        node->GetOpacity(own);
+        node->SetOpacity(own * opacity);
+      }
+    }
+    for (std::size_t k = saved[i].firstPart; k < partEnd; ++k)
+    {
+      float own = 1.0f;
+      parts[k].first->GetOpacity(own);
+      parts[k].first->SetOpacity(own * (hasOpacity ? opacity : 1.0f));
+    }
   }
   if (resections && scene.resections == 0)
   {

@@ -8,6 +8,8 @@
 #include "lumoImage.h"
 #include "lumoVesselTreeData.h"
 
+#include <iosfwd>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -27,6 +29,11 @@ struct Scene
   /** The tree nodes with the file each came from, in command-line order. */
   std::vector<lumo::DataNode::Pointer> trees;
   std::vector<std::string> treeFiles;
+  /** For each tree, the index of the scene file it came from in `sceneFiles`, or -1 for a tree file. */
+  std::vector<int> treeScenes;
+  /** The scene files among the files and their nodes as loaded (what saving writes back). */
+  std::vector<std::string> sceneFiles;
+  std::vector<lumo::DataStorage::Pointer> sceneStorages;
   /** Number of image nodes (organ, label and resection surfaces). */
   unsigned int surfaces{ 0 };
   /** Number of images drawn as resections. */
@@ -41,8 +48,64 @@ struct Scene
   lumo::Geometry3D::BoundsArrayType planeBox;
 };
 
-/** Reads every file; throws arbo::Error naming the first file that cannot be shown. With resections, every image whose
- *  labels are among 2, 3 and 4 is drawn as a resection, and there must be one. */
+/** Whether the file is a scene (".rs" or ".RS"), drawn with its nodes' saved colours, opacities and visibility. */
+bool
+isSceneFile(const std::string & path);
+
+/** Sends what the scene IO prints to standard output into a string while it lives (the command's own output stays
+ *  clean, and the messages can go to the error stream). */
+class CapturedMessages
+{
+public:
+  CapturedMessages();
+  ~CapturedMessages();
+  CapturedMessages(const CapturedMessages &) = delete;
+  CapturedMessages &
+  operator=(const CapturedMessages &) = delete;
+  std::string
+  text() const
+  {
+    return m_Buffer.str();
+  }
+
+private:
+  std::ostringstream m_Buffer;
+  std::streambuf * m_Previous;
+};
+
+/** Loads a scene file into a new storage; throws arbo::Error (one line) when it is refused or a node cannot be
+ *  placed. The loader's messages are returned in `messages`. */
+lumo::DataStorage::Pointer
+loadSceneFile(const std::string & path, std::string & messages);
+
+/** A node for a scene with the defaults a user expects: trees get the module's (tube mapper, vessel colour table);
+ *  a mask with a single non-zero value (an organ) is translucent in the organ colour. */
+lumo::DataNode::Pointer
+sceneNode(const std::string & name, lumo::BaseData * data);
+
+/** The name a file's node takes in a scene: the file name up to its first dot ("truth-portal.ves" ->
+ *  "truth-portal"). */
+std::string
+nodeNameOf(const std::string & file);
+
+/** The scene a command adds its result to: the nodes of an existing scene file (throws arbo::Error when it cannot
+ *  be loaded), or an empty storage when there is no such file yet. */
+lumo::DataStorage::Pointer
+openSceneForUpdate(const std::string & path);
+
+/** Adds a command's result to the scene and saves it (atomically) as `path`: every input (a named file's data) is
+ *  found by name in the scene or added; the result replaces any node of its name and has the inputs as sources.
+ *  Throws arbo::Error when the scene cannot be saved. */
+void
+addResultToScene(lumo::DataStorage * scene,
+                 const std::string & path,
+                 const std::vector<std::pair<std::string, lumo::BaseData::Pointer>> & inputs,
+                 const std::pair<std::string, lumo::BaseData::Pointer> & result);
+
+/** Reads every file; throws arbo::Error naming the first file that cannot be shown. A scene file (.rs) adds its
+ *  nodes: hidden ones ("visible" false) are left out, trees keep their colour tables, an organ takes its saved
+ *  "color" and "opacity", and the saved "opacity" of a label or resection image scales that of its surfaces. With
+ * resections, every image whose labels are among 2, 3 and 4 is drawn as a resection, and there must be one. */
 Scene
 buildScene(const std::vector<std::string> & files, bool renderSkeleton, bool resections = false);
 

@@ -3,6 +3,7 @@
 
 #include "arboError.h"
 #include "arboFiles.h"
+#include "arboScene.h"
 
 #include "lumoArboCoreObjectFactory.h"
 #include "lumoCalyxSceneIO.h"
@@ -32,35 +33,13 @@ struct CreateOptions
   std::string output;
   std::vector<std::string> items;
   std::vector<std::string> sources;
+  std::vector<std::string> hidden;
 };
 
 struct InfoOptions
 {
   std::string file;
   bool json{ false };
-};
-
-/** Sends what the scene IO prints to standard output into a string while it lives (the command's own output stays
- *  clean, and the messages go to the error stream). */
-class CapturedMessages
-{
-public:
-  CapturedMessages()
-    : m_Previous(std::cout.rdbuf(m_Buffer.rdbuf()))
-  {}
-  ~CapturedMessages() { std::cout.rdbuf(m_Previous); }
-  CapturedMessages(const CapturedMessages &) = delete;
-  CapturedMessages &
-  operator=(const CapturedMessages &) = delete;
-  std::string
-  text() const
-  {
-    return m_Buffer.str();
-  }
-
-private:
-  std::ostringstream m_Buffer;
-  std::streambuf * m_Previous;
 };
 
 std::pair<std::string, std::string>
@@ -94,16 +73,13 @@ runCreate(const CreateOptions & options, Context & context)
     lumo::BaseData::Pointer data = readData(file);
     if (name.empty())
     {
-      name = fs::path(file).filename().string();
-      name = name.substr(0, name.find('.'));
+      name = nodeNameOf(file);
     }
     if (byName.count(name) != 0)
     {
       throw Error(file, "a node named '" + name + "' is already in the scene (give another with NAME=FILE)");
     }
-    lumo::DataNode::Pointer node = lumo::DataNode::New();
-    node->SetData(data); // the module's defaults for trees (tube mapper, vessel colour table)
-    node->SetName(name);
+    lumo::DataNode::Pointer node = sceneNode(name, data); // tube mapper and colours for trees, a veiled organ
     // A resection image brings its label descriptor when "<stem>.proposal.xml" lies beside it.
     const fs::path proposal =
       fs::path(file).parent_path() /
@@ -133,6 +109,15 @@ runCreate(const CreateOptions & options, Context & context)
       throw Error("", "--source " + source + ": no node named '" + (byName.count(child) == 0 ? child : parent) + "'");
     }
     parents[byName[child]].push_back(byName[parent]);
+  }
+
+  for (const std::string & name : options.hidden)
+  {
+    if (byName.count(name) == 0)
+    {
+      throw Error("", "--hide " + name + ": no node named '" + name + "'");
+    }
+    byName[name]->SetVisibility(false);
   }
 
   // Parents first, so that the storage knows every source when a node is added.
@@ -315,6 +300,7 @@ addSceneCommand(CLI::App & app, Context & context)
   createCommand->add_option("output", create->output, "Scene file to write (.rs)")->required();
   createCommand->add_option("items", create->items, "Data files, each FILE or NAME=FILE")->required();
   createCommand->add_option("--source", create->sources, "CHILD=PARENT: the node CHILD derives from PARENT");
+  createCommand->add_option("--hide", create->hidden, "NAME: the node is saved hidden (not drawn, \"visible\" false)");
   createCommand->callback([create, &context] { runCreate(*create, context); });
 
   auto info = std::make_shared<InfoOptions>();

@@ -3,6 +3,7 @@
 #include "arboError.h"
 #include "arboFiles.h"
 #include "arboMasks.h"
+#include "arboScene.h"
 
 #include "lumoImage.h"
 #include "lumoLabelStatistics.h"
@@ -37,6 +38,7 @@ struct SupplyOptions
   std::string tree;
   std::vector<std::string> with;
   std::string output;
+  std::string scene;
   std::string mode{ "portal-defined-segments" };
   unsigned int threads{ 0 };
   bool json{ false };
@@ -149,17 +151,24 @@ supply(const SupplyOptions & options, Context & context)
   {
     throw Error(options.organ, "is a 2-D image; supply areas need a 3-D organ segmentation");
   }
+  // The scene is opened first: a scene that cannot be loaded costs no calculation and writes nothing.
+  lumo::DataStorage::Pointer plan = options.scene.empty() ? nullptr : openSceneForUpdate(options.scene);
   // The calculator takes 8-bit organ masks only: other voxel types and label maps are converted here.
   std::size_t organVoxels = 0;
   const lumo::Image::Pointer organ = binaryMaskOf(organImage, options.organ, options.organLabel, organVoxels);
   lumo::VesselTreeData::Pointer tree = readVesselTree(options.tree, context.quiet ? nullptr : &context.err);
+  std::vector<std::pair<std::string, lumo::BaseData::Pointer>> inputs{
+    { nodeNameOf(options.organ), organData }, { nodeNameOf(options.tree), tree.GetPointer() }
+  };
   if (!options.with.empty())
   {
     // Several vascular systems at once: one tree holding them all.
     std::vector<ArVesselTree> trees{ tree->GetVesselTreeData(0) };
     for (const std::string & file : options.with)
     {
-      trees.push_back(readVesselTree(file, context.quiet ? nullptr : &context.err)->GetVesselTreeData(0));
+      lumo::VesselTreeData::Pointer further = readVesselTree(file, context.quiet ? nullptr : &context.err);
+      trees.push_back(further->GetVesselTreeData(0));
+      inputs.emplace_back(nodeNameOf(file), further.GetPointer());
     }
     tree = lumo::VesselTreeData::New();
     tree->initialize(joinVesselTrees(trees));
@@ -207,6 +216,14 @@ supply(const SupplyOptions & options, Context & context)
   }
   lumo::Image * areas = calculator->GetOutput();
   writeData(areas, options.output);
+  if (plan)
+  {
+    addResultToScene(plan, options.scene, inputs, { nodeNameOf(options.output), areas });
+    if (!context.quiet)
+    {
+      context.err << "arbo: added " << nodeNameOf(options.output) << " to " << options.scene << "\n";
+    }
+  }
 
   auto statistics = lumo::LabelStatistics::New();
   statistics->SetLabelImage(areas);
@@ -292,7 +309,8 @@ addSupplyCommand(CLI::App & app, Context & context)
     "Examples: arbo supply liver.nrrd portal.ves -o segments.nrrd\n"
     "          arbo supply liver.nrrd plan.ves -o resection.nii.gz --mode portal-resection-status --json\n"
     "          arbo supply liver.nrrd veins.ves -o territories.nrrd --mode hepatic-defined-segments --threads 2\n"
-    "          arbo supply liver.nrrd portal.ves --with hepatic.ves -o systems.nrrd --mode all-vessels-types");
+    "          arbo supply liver.nrrd portal.ves --with hepatic.ves -o systems.nrrd --mode all-vessels-types\n"
+    "          arbo supply liver.nrrd portal.ves -o segments.nrrd --scene plan.rs");
   command->add_option("organ", options->organ, "Organ segmentation (3-D image, 0 = outside) or label map")->required();
   command->add_option("tree", options->tree, "Vessel tree (.ves) in the organ's world coordinates")->required();
   command->add_option("-o,--output", options->output, "Where to write the label image (.nrrd, .nii.gz, .mha, ...)")
@@ -306,6 +324,10 @@ addSupplyCommand(CLI::App & app, Context & context)
     ->check(CLI::Range(1u, 1024u));
   command->add_option(
     "--organ-label", options->organLabel, "The organ's label in a label map (default: every voxel but 0)");
+  command->add_option("--scene",
+                      options->scene,
+                      "Add the label image to this scene (.rs, created when missing), with the organ and trees as its "
+                      "sources");
   command->add_flag("--json", options->json, "Print the table as JSON (for scripts)");
   command->callback([options, &context] { supply(*options, context); });
 }

@@ -48,7 +48,8 @@ addViewCommand(CLI::App & app, Context & context)
                   "status of the selected vessels. Press ? in the window for all keys:\n\n" +
                   Viewer::helpText() +
                   "\n\nEdited trees are saved beside the originals as NAME.edited.ves; the originals are only\n"
-                  "overwritten after pressing S twice.\n\n"
+                  "overwritten after pressing S twice. A scene (.rs) is written back, atomically, after pressing\n"
+                  "S twice, with its trees as edited (the selection cleared).\n\n"
                   "With a cutting plane (--plane, or o in the window) its control points are handles to drag; on\n"
                   "release the resection is computed again (the organ is the mask, the first tree the portal\n"
                   "tree, a second one the hepatic tree) and the status line shows the remnant, resected and\n"
@@ -56,8 +57,9 @@ addViewCommand(CLI::App & app, Context & context)
                   "resection statuses as NAME.edited.ves.\n\n"
                   "Examples:\n"
                   "  arbo view portal.ves hepatic.ves organ.nrrd\n"
-                  "  arbo view organ.nrrd portal.ves --plane cut.mps");
-  command->add_option("files", options->files, "Vessel trees (.ves), masks and label images")
+                  "  arbo view organ.nrrd portal.ves --plane cut.mps\n"
+                  "  arbo view plan.rs");
+  command->add_option("files", options->files, "Vessel trees (.ves), masks, label images and scenes (.rs)")
     ->required()
     ->check(CLI::ExistingFile);
   command->add_option("--size", options->size, "Window size in pixels, WIDTHxHEIGHT")

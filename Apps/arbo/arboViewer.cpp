@@ -4,6 +4,7 @@
 #include "arboError.h"
 #include "arboFiles.h"
 
+#include "lumoCalyxSceneIO.h"
 #include "lumoGlobalInteraction.h"
 #include "lumoLookupTable.h"
 #include "lumoLookupTableProperty.h"
@@ -202,7 +203,8 @@ Viewer::helpText()
          "x hide selected   v show all   t tubes/centre lines   c reset view   Tab next tree\n"
          "plane:   drag a handle: move a control point   i add one under the mouse   d remove the last grabbed\n"
          "         o place a plane through the organ's centre\n"
-         "z undo   y redo   s save as *.edited.ves (*.plane.mps)   S twice: overwrite the originals\n"
+         "z undo   y redo   s save as *.edited.ves (*.plane.mps)   S twice: overwrite the originals (a scene: write it "
+         "back)\n"
          "? this help   q quit";
 }
 
@@ -737,8 +739,14 @@ Viewer::save(bool overwriteOriginal)
     }
     say("Saved " + target);
   }
+  bool sceneEdits = false;
   for (std::size_t i = 0; i < m_Scene.trees.size(); ++i)
   {
+    if (m_Scene.treeScenes[i] >= 0)
+    {
+      sceneEdits = sceneEdits || m_Edited[i];
+      continue; // written back with its scene below
+    }
     if (!m_Edited[i] && !overwriteOriginal)
     {
       continue;
@@ -766,6 +774,48 @@ Viewer::save(bool overwriteOriginal)
       return;
     }
     m_Edited[i] = false;
+    say("Saved " + target);
+    if (!m_Context.quiet)
+    {
+      m_Context.err << "arbo: saved " << target << "\n";
+    }
+  }
+  if (!overwriteOriginal)
+  {
+    if (sceneEdits)
+    {
+      say("A scene's trees are saved with it: press S twice to write the scene back");
+    }
+    return;
+  }
+  for (std::size_t k = 0; k < m_Scene.sceneFiles.size(); ++k)
+  {
+    const std::string & target = m_Scene.sceneFiles[k];
+    // The selection is not part of the plan: it is cleared before the scene's trees are written.
+    for (std::size_t i = 0; i < m_Scene.trees.size(); ++i)
+    {
+      if (m_Scene.treeScenes[i] == static_cast<int>(k))
+      {
+        tree(i)->DeactivateAll(0);
+      }
+    }
+    bool saved = false;
+    {
+      CapturedMessages messages; // the scene IO's own lines; a failure is reported below
+      saved = lumo::CalyxSceneIO::New()->SaveScene(m_Scene.sceneStorages[k], target);
+    }
+    if (!saved)
+    {
+      say("Not saved: " + target + ": the scene could not be written (the previous one is kept)");
+      return;
+    }
+    for (std::size_t i = 0; i < m_Scene.trees.size(); ++i)
+    {
+      if (m_Scene.treeScenes[i] == static_cast<int>(k))
+      {
+        m_Edited[i] = false;
+      }
+    }
     say("Saved " + target);
     if (!m_Context.quiet)
     {
@@ -875,8 +925,11 @@ Viewer::key(const std::string & keySymbol, bool shift)
     else
     {
       m_ConfirmOverwrite = true;
-      say("Press S again to overwrite " +
-          std::string(m_Scene.trees.size() == 1 ? "the original file" : "the original files"));
+      say(m_Scene.sceneFiles.empty()
+            ? "Press S again to overwrite " +
+                std::string(m_Scene.trees.size() == 1 ? "the original file" : "the original files")
+            : "Press S again to write back " + m_Scene.sceneFiles.front() +
+                (m_Scene.sceneFiles.size() > 1 ? " and the other scenes" : ""));
     }
   }
   else if (keySymbol == "Tab" && !m_Scene.trees.empty())

@@ -1,5 +1,10 @@
 #include "ArboTestSupport.h"
 
+#include "arboFiles.h"
+
+#include "lumoArboCoreObjectFactory.h"
+#include "lumoCalyxSceneIO.h"
+#include "lumoDataStorage.h"
 #include "lumoDisplay.h"
 #include "lumoImage.h"
 #include "lumoImageIO.h"
@@ -13,6 +18,7 @@
 #include <vtkSmartPointer.h>
 
 #include <cstdlib>
+#include <iostream>
 
 using namespace arbo_test;
 
@@ -352,4 +358,126 @@ TEST_F(ArboRender, BadPlaneExitsWithOneLineAndWritesNothing)
             0u)
     << run.err;
   EXPECT_EQ(files(), std::vector<std::string>({ "line.mps", "portal.ves", "two.mps" }));
+}
+
+namespace
+{
+/** An organ mask of 30 x 10 x 10 voxels of 2 mm: 1 inside, 0 on the outermost layer of voxels, so that its
+ *  surface closes. */
+std::string
+writeOrgan(const std::string & file)
+{
+  auto image = lumo::Image::New();
+  lumo::Vector3D spacing;
+  spacing.Fill(2.0);
+  lumo::Point3D origin;
+  origin.Fill(0.0);
+  image->Initialize(
+    itk::IOComponentEnum::UCHAR, { { 30, 10, 10 } }, spacing, origin, lumo::Geometry3D::DirectionType::GetIdentity());
+  auto * v = static_cast<unsigned char *>(image->GetData());
+  for (unsigned int z = 0, i = 0; z < 10; ++z)
+  {
+    for (unsigned int y = 0; y < 10; ++y)
+    {
+      for (unsigned int x = 0; x < 30; ++x, ++i)
+      {
+        v[i] = (x > 0 && x < 29 && y > 0 && y < 9 && z > 0 && z < 9) ? 1 : 0;
+      }
+    }
+  }
+  lumo::WriteImageFile(image, file);
+  return file;
+}
+
+/** Saves a scene of the portal tree and the organ slabs; the organ in the given colour, opaque; either hidden when
+ *  asked. */
+void
+saveTreeAndOrgan(const std::string & scene,
+                 const std::string & tree,
+                 const std::string & organ,
+                 const lumo::VesselTreeLookupTable::ColorType & organColor,
+                 bool hideTree,
+                 bool hideOrgan)
+{
+  arbo::registerFileTypes();
+  lumo::RegisterArboCoreObjectFactory();
+  auto storage = lumo::DataStorage::New();
+  auto treeNode = lumo::DataNode::New();
+  treeNode->SetData(arbo::readData(tree));
+  treeNode->SetName("portal");
+  treeNode->SetVisibility(!hideTree);
+  storage->Add(treeNode);
+  auto organNode = lumo::DataNode::New();
+  organNode->SetData(arbo::readData(organ));
+  organNode->SetName("organ");
+  organNode->SetColor(organColor[0], organColor[1], organColor[2]);
+  organNode->SetOpacity(1.0f);
+  organNode->SetVisibility(!hideOrgan);
+  storage->Add(organNode);
+  std::streambuf * previous = std::cout.rdbuf(nullptr); // the scene IO's messages
+  const bool saved = lumo::CalyxSceneIO::New()->SaveScene(storage, scene);
+  std::cout.rdbuf(previous);
+  ASSERT_TRUE(saved);
+}
+} // namespace
+
+TEST_F(ArboRender, ScenesAreDrawnWithTheirSavedColoursOpacitiesAndVisibility)
+{
+  LUMO_REQUIRE_DISPLAY();
+  const auto portal = lumo::VesselTreeLookupTable::New()->GetColorByType()[2];
+  lumo::VesselTreeLookupTable::ColorType green;
+  green[0] = 0.2;
+  green[1] = 0.8;
+  green[2] = 0.3;
+  green[3] = 1.0;
+  const std::string tree = writeTree("portal.ves", 2);
+  const std::string organ = writeOrgan(path("organ.nrrd"));
+
+  // Both shown: the organ in its saved colour, solid, as it was saved.
+  saveTreeAndOrgan(path("both.rs"), tree, organ, green, false, false);
+  ArboRun run = runArbo({ "render", path("both.rs"), "-o", path("both.png"), "--size", "400x300" });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.err, "arbo: wrote " + path("both.png") + " (400x300, 1 tree, 1 surface)\n");
+  EXPECT_GT(pixelsOfColor(path("both.png"), green), 5000);
+
+  // The organ hidden: not drawn at all, and the tree looks exactly as drawn from its file alone.
+  saveTreeAndOrgan(path("tree-only.rs"), tree, organ, green, false, true);
+  run = runArbo({ "render", path("tree-only.rs"), "-o", path("tree-only.png"), "--size", "400x300" });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.err, "arbo: wrote " + path("tree-only.png") + " (400x300, 1 tree, 0 surfaces)\n");
+  run = runArbo({ "render", tree, "-o", path("file.png"), "--size", "400x300" });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(pixelsOfColor(path("tree-only.png"), green), 0);
+  EXPECT_GT(pixelsOfColor(path("file.png"), portal), 500);
+  EXPECT_EQ(pixelsOfColor(path("tree-only.png"), portal), pixelsOfColor(path("file.png"), portal));
+
+  // The tree hidden: the organ alone, none of the portal colour.
+  saveTreeAndOrgan(path("organ-only.rs"), tree, organ, green, true, false);
+  run = runArbo({ "render", path("organ-only.rs"), "-o", path("organ-only.png"), "--size", "400x300" });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.err, "arbo: wrote " + path("organ-only.png") + " (400x300, 0 trees, 1 surface)\n");
+  EXPECT_EQ(pixelsOfColor(path("organ-only.png"), portal), 0);
+  EXPECT_GT(pixelsOfColor(path("organ-only.png"), green), 5000);
+}
+
+TEST_F(ArboRender, ABadSceneExitsWithOneLineAndWritesNothing)
+{
+  LUMO_REQUIRE_DISPLAY();
+  writeFile(path("future.rs"), "<?xml version=\"1.0\"?>\n<Version FileVersion=\"2\"/>\n");
+  writeFile(path("old.png"), "keep me");
+  ArboRun run = runArbo({ "render", path("future.rs"), "-o", path("old.png") });
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err,
+            "arbo: " + path("future.rs") + ": is not a scene that can be loaded (arbo scene info tells why)\n");
+  EXPECT_EQ(readFile(path("old.png")), "keep me");
+
+  // A node whose source is not in the scene cannot be placed: named, nothing drawn.
+  writeFile(path("orphan.rs"),
+            "<?xml version=\"1.0\"?>\n<Version FileVersion=\"1\"/>\n"
+            "<SceneObject DependenyUID=\"B\"><Source UID=\"GONE\"/><PropertyList>"
+            "<StringProperty value=\"cut\" name=\"name\"/></PropertyList></SceneObject>\n");
+  run = runArbo({ "render", path("orphan.rs"), "-o", path("orphan.png") });
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err, "arbo: " + path("orphan.rs") + ": node 'cut' could not be placed (a source is missing)\n");
+  EXPECT_EQ(files(), (std::vector<std::string>{ "future.rs", "old.png", "orphan.rs" }));
 }

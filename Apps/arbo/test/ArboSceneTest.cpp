@@ -97,3 +97,21 @@ TEST_F(ArboScene, RefusedScenesAndBadArguments)
   EXPECT_EQ(run.status, 1);
   EXPECT_EQ(files(), (std::vector<std::string>{ "tree.ves", "v2.rs" })); // nothing written
 }
+
+TEST_F(ArboScene, HiddenNodesAreSavedNotVisible)
+{
+  std::filesystem::copy_file(dataFile("sample-portal.ves"), path("tree.ves"));
+  std::filesystem::create_directory(path("out"));
+  ArboRun run = runArbo({ "scene", "create", path("out/plan.rs"), "portal=" + path("tree.ves"), "--hide", "nobody" });
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err, "arbo: --hide nobody: no node named 'nobody'\n");
+  EXPECT_FALSE(std::filesystem::exists(path("out/plan.rs")));
+
+  run = runArbo({ "scene", "create", path("out/plan.rs"), "portal=" + path("tree.ves"), "--hide", "portal" });
+  ASSERT_EQ(run.status, 0) << run.err;
+  run = runArbo({ "scene", "info", path("out/plan.rs"), "--json" });
+  ASSERT_EQ(run.status, 0) << run.err;
+  const Json json = Json::parse(run.out);
+  ASSERT_EQ(json["nodes"].size(), 1u);
+  EXPECT_EQ(json["nodes"][0]["properties"]["visible"], "false");
+}

@@ -356,3 +356,64 @@ TEST_F(ArboSupply, SixteenBitFloatAndLabelMapOrgansAreConvertedAtTheBoundary)
   EXPECT_EQ(nlohmann::json::parse(all.out)["organ_voxels"], 96);
   EXPECT_EQ(readFile(path("liver.nrrd")), reference);
 }
+
+TEST_F(ArboSupply, SceneGainsTheLabelImageWithTheOrganAndTreeAsSources)
+{
+  // The scene in a folder of its own: its data files are named after the nodes.
+  std::filesystem::create_directory(path("plan"));
+  ArboRun run = runArbo(
+    { "supply", path("liver.nrrd"), path("portal.ves"), "-o", path("areas.nrrd"), "--scene", path("plan/plan.rs") });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_NE(run.err.find("arbo: added areas to " + path("plan/plan.rs") + "\n"), std::string::npos) << run.err;
+
+  run = runArbo({ "scene", "info", path("plan/plan.rs"), "--json" });
+  ASSERT_EQ(run.status, 0) << run.err;
+  nlohmann::json json = nlohmann::json::parse(run.out);
+  ASSERT_EQ(json["nodes"].size(), 3u);
+  EXPECT_EQ(json["nodes"][0]["name"], "liver");
+  EXPECT_EQ(json["nodes"][0]["type"], "image");
+  EXPECT_EQ(json["nodes"][0]["properties"]["opacity"], "0.18"); // the organ veiled
+  EXPECT_EQ(json["nodes"][1]["name"], "portal");
+  EXPECT_EQ(json["nodes"][1]["type"], "vesseltree");
+  EXPECT_EQ(json["nodes"][2]["name"], "areas");
+  EXPECT_EQ(json["nodes"][2]["type"], "image");
+  EXPECT_EQ(json["nodes"][2]["file"], "areas.pic");
+  EXPECT_EQ(json["nodes"][2]["sources"], nlohmann::json::array({ json["nodes"][0]["id"], json["nodes"][1]["id"] }));
+
+  // A second run replaces its result and reuses the inputs already in the scene.
+  run = runArbo({ "supply",
+                  path("liver.nrrd"),
+                  path("portal.ves"),
+                  "-o",
+                  path("areas.nrrd"),
+                  "--mode",
+                  "all-vessels-types",
+                  "--scene",
+                  path("plan/plan.rs") });
+  ASSERT_EQ(run.status, 0) << run.err;
+  run = runArbo({ "scene", "info", path("plan/plan.rs") });
+  ASSERT_EQ(run.status, 0) << run.err;
+  json = nlohmann::json::parse(runArbo({ "scene", "info", path("plan/plan.rs"), "--json" }).out);
+  ASSERT_EQ(json["nodes"].size(), 3u);
+  EXPECT_EQ(json["nodes"][2]["name"], "areas");
+  EXPECT_EQ(json["nodes"][2]["sources"].size(), 2u);
+  // Nothing orphaned: the scene and its three data files.
+  std::vector<std::string> written;
+  for (const auto & entry : std::filesystem::directory_iterator(path("plan")))
+  {
+    written.push_back(entry.path().filename().string());
+  }
+  std::sort(written.begin(), written.end());
+  EXPECT_EQ(written, (std::vector<std::string>{ "areas.pic", "liver.pic", "plan.rs", "portal.ves" }));
+}
+
+TEST_F(ArboSupply, ASceneThatCannotBeLoadedCostsNothing)
+{
+  writeFile(path("plan.rs"), "<?xml version=\"1.0\"?>\n<Version FileVersion=\"2\"/>\n");
+  const ArboRun run =
+    runArbo({ "supply", path("liver.nrrd"), path("portal.ves"), "-o", path("areas.nrrd"), "--scene", path("plan.rs") });
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err, "arbo: " + path("plan.rs") + ": is not a scene that can be loaded (arbo scene info tells why)\n");
+  EXPECT_EQ(readFile(path("plan.rs")), "<?xml version=\"1.0\"?>\n<Version FileVersion=\"2\"/>\n");
+  EXPECT_EQ(files(), (std::vector<std::string>{ "liver.nrrd", "plan.rs", "portal.ves" }));
+}

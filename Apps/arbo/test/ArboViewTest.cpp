@@ -379,3 +379,55 @@ TEST_F(ArboViewPlane, ABadPlaneIsRefusedBeforeAnythingIsShown)
   EXPECT_EQ(run.err, "arbo: " + path("line.mps") + ": The control points of a deformable plane lie on one line\n");
   EXPECT_EQ(files(), (std::vector<std::string>{ "cut.mps", "line.mps", "organ.nrrd", "portal.ves" }));
 }
+
+TEST_F(ArboView, ASceneIsWrittenBackOnlyAfterAsking)
+{
+  LUMO_REQUIRE_DISPLAY();
+  std::filesystem::create_directory(path("plan"));
+  ArboRun run = runArbo({ "scene", "create", path("plan/plan.rs"), path("portal.ves") });
+  ASSERT_EQ(run.status, 0) << run.err;
+  const std::string scene = readFile(path("plan/plan.rs"));
+  const std::string tree = readFile(path("plan/portal.ves"));
+
+  arbo::Viewer::Options options;
+  options.files = { path("plan/plan.rs") };
+  options.width = 500;
+  options.height = 400;
+  options.view = "top";
+  auto viewer = std::make_unique<arbo::Viewer>(options, m_Context);
+  viewer->show();
+  viewer->attach();
+  ASSERT_EQ(viewer->scene().trees.size(), 1u);
+  click(*viewer, at(*viewer, 50, 15, 0));
+  EXPECT_EQ(viewer->statusText(), "Picked vessel: ID 2");
+  press(*viewer, "r");
+  EXPECT_EQ(viewer->statusText(), "To be resected: 1 vessel");
+
+  // s does not write a scene's trees beside it, and the first S only asks.
+  press(*viewer, "s");
+  EXPECT_EQ(viewer->statusText(), "A scene's trees are saved with it: press S twice to write the scene back");
+  press(*viewer, "S", true);
+  EXPECT_EQ(viewer->statusText(), "Press S again to write back " + path("plan/plan.rs"));
+  EXPECT_EQ(readFile(path("plan/plan.rs")), scene);
+  EXPECT_EQ(readFile(path("plan/portal.ves")), tree);
+  EXPECT_EQ(m_Err.str(), "");
+
+  press(*viewer, "S", true);
+  EXPECT_EQ(viewer->statusText(), "Saved " + path("plan/plan.rs"));
+  EXPECT_EQ(m_Err.str(), "arbo: saved " + path("plan/plan.rs") + "\n");
+  EXPECT_EQ(labels(path("plan/portal.ves")), "1:2,1,1 2:2,1,3 3:2,1,1 4:2,1,1 ");
+  press(*viewer, "q");
+  EXPECT_TRUE(viewer->quitRequested()); // nothing unsaved
+  viewer.reset();
+
+  // The scene written back loads whole, with nothing left beside it.
+  run = runArbo({ "scene", "info", path("plan/plan.rs") });
+  EXPECT_EQ(run.status, 0) << run.err;
+  std::vector<std::string> written;
+  for (const auto & entry : std::filesystem::directory_iterator(path("plan")))
+  {
+    written.push_back(entry.path().filename().string());
+  }
+  std::sort(written.begin(), written.end());
+  EXPECT_EQ(written, (std::vector<std::string>{ "plan.rs", "portal.ves" }));
+}
