@@ -301,7 +301,8 @@ TEST(CalyxSceneRoundTrip, MaterialOutsideItsModesIsNotWritten)
   material->SetInterpolation(static_cast<Material::InterpolationType>(3));
   EXPECT_EQ(CalyxSceneIO::SerializeMaterial(document, material), nullptr);
   material->SetInterpolation(Material::Flat);
-  material->SetRepresentation(static_cast<Material::RepresentationType>(-1));
+  // 3: past the last mode, and still a value the enumeration can hold.
+  material->SetRepresentation(static_cast<Material::RepresentationType>(3));
   EXPECT_EQ(CalyxSceneIO::SerializeMaterial(document, material), nullptr);
 }
 
