@@ -199,7 +199,7 @@ addResection(Scene & scene,
   auto filter = lumo::LabelImageSurfaceFilter::New();
   filter->SetInput(image);
   filter->Update();
-  const auto colors = lumo::VesselTreeLookupTable::New()->GetColorByResectionStatus();
+  const auto colors = planningColourTable()->GetColorByResectionStatus();
   for (unsigned int i = 0; i < filter->GetNumberOfIndexedOutputs(); ++i)
   {
     const int label = static_cast<int>(filter->GetOutputLabels()[i]);
@@ -386,6 +386,24 @@ addResultToScene(lumo::DataStorage * scene,
   }
 }
 
+lumo::VesselTreeLookupTable::Pointer
+planningColourTable()
+{
+  auto table = lumo::VesselTreeLookupTable::New();
+  auto rgba = [](double r, double g, double b) {
+    lumo::VesselTreeLookupTable::ColorType c;
+    c[0] = r;
+    c[1] = g;
+    c[2] = b;
+    c[3] = 1.0;
+    return c;
+  };
+  // Indexed by resection status: none, undefined, not to be resected, to be resected, area at risk.
+  table->SetColorByResectionStatus(
+    { rgba(0.6, 0.6, 0.6), rgba(0.6, 0.6, 0.6), rgba(0.3, 0.75, 0.35), rgba(0.9, 0.15, 0.1), rgba(1.0, 0.6, 0.05) });
+  return table;
+}
+
 Scene
 buildScene(const std::vector<std::string> & files, bool renderSkeleton, bool resections)
 {
@@ -447,8 +465,7 @@ buildScene(const std::vector<std::string> & files, bool renderSkeleton, bool res
       node->SetData(tree);
       if (dynamic_cast<lumo::VesselTreeLookupTableProperty *>(node->GetProperty("VesselTreeLookupTable")) == nullptr)
       {
-        node->SetProperty("VesselTreeLookupTable",
-                          lumo::VesselTreeLookupTableProperty::New(lumo::VesselTreeLookupTable::New()));
+        node->SetProperty("VesselTreeLookupTable", lumo::VesselTreeLookupTableProperty::New(planningColourTable()));
       }
       auto * mapper = dynamic_cast<lumo::YetAnotherVesselTreeMapper3D *>(node->GetMapper(lumo::DataNode::Standard3D));
       if (mapper == nullptr)

@@ -5,6 +5,7 @@
 #include "lumoDataNode.h"
 #include "lumoDataStorage.h"
 #include "lumoDeformablePlane.h"
+#include "lumoVesselTreeLookupTable.h"
 #include "lumoImage.h"
 #include "lumoVesselTreeData.h"
 
@@ -101,6 +102,11 @@ addResultToScene(lumo::DataStorage * scene,
                  const std::string & path,
                  const std::vector<std::pair<std::string, lumo::BaseData::Pointer>> & inputs,
                  const std::pair<std::string, lumo::BaseData::Pointer> & result);
+
+/** The vessel colour table of arbo's pictures and windows: the toolkit's default colours, but for the resection
+ *  statuses, whose default colours are random; a planner reads remnant green, resected red, at risk orange. */
+lumo::VesselTreeLookupTable::Pointer
+planningColourTable();
 
 /** Reads every file; throws arbo::Error naming the first file that cannot be shown. A scene file (.rs) adds its
  *  nodes: hidden ones ("visible" false) are left out, trees keep their colour tables, an organ takes its saved

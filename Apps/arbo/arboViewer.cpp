@@ -378,7 +378,7 @@ Viewer::colourOrgan(const lumo::Image * resection)
   if (dynamic_cast<lumo::LookupTableProperty *>(m_Scene.organNode->GetProperty("LookupTable")) == nullptr)
   {
     // Labels 0 to 4: outside and unlabelled in the organ's colour, the rest in the resection-status colours.
-    const auto status = lumo::VesselTreeLookupTable::New()->GetColorByResectionStatus();
+    const auto status = planningColourTable()->GetColorByResectionStatus();
     auto table = vtkSmartPointer<vtkLookupTable>::New();
     table->SetNumberOfTableValues(5);
     table->SetTableRange(0, 4);

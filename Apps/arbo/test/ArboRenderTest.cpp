@@ -1,6 +1,7 @@
 #include "ArboTestSupport.h"
 
 #include "arboFiles.h"
+#include "arboScene.h"
 
 #include "lumoArboCoreObjectFactory.h"
 #include "lumoCalyxSceneIO.h"
@@ -144,7 +145,7 @@ writeSlabs(const std::string & file, bool organOnly = false)
 TEST_F(ArboRender, ResectionsTakeTheResectionStatusColours)
 {
   LUMO_REQUIRE_DISPLAY();
-  const auto status = lumo::VesselTreeLookupTable::New()->GetColorByResectionStatus();
+  const auto status = arbo::planningColourTable()->GetColorByResectionStatus();
   const std::string cut = writeSlabs(path("cut.nrrd"));
 
   // A plain label image: segment colours, none of the resection colours.
