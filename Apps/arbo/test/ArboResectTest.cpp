@@ -695,8 +695,8 @@ TEST_F(ArboResectSceneTest, ANewSceneGainsTheProposalWithItsDescriptorAndColours
   EXPECT_EQ(risk["sources"],
             nlohmann::json::array(
               { json["nodes"][0]["id"], json["nodes"][1]["id"], json["nodes"][2]["id"], json["nodes"][3]["id"] }));
-  EXPECT_EQ(risk["properties"]["LookupTable"], "5 colors");
-  const std::string descriptor = risk["properties"]["ResectionProposalDescriptor"];
+  EXPECT_EQ(risk["properties"].value("LookupTable", ""), "5 colors");
+  const std::string descriptor = risk["properties"].value("ResectionProposalDescriptor", "");
   EXPECT_EQ(descriptor.rfind("Resection proposal: Safety margin 2 mm\n", 0), 0u) << descriptor;
   EXPECT_EQ(json["nodes"][5]["type"], "vesseltree");
   EXPECT_EQ(json["nodes"][5]["sources"], nlohmann::json::array({ risk["id"] }));
