@@ -6,6 +6,8 @@
 #include "arboScene.h"
 #include "arboMasks.h"
 
+#include "lumoColorProperty.h"
+#include "lumoFloatProperty.h"
 #include "lumoImage.h"
 #include "lumoDeformablePlaneRPG.h"
 #include "lumoImageIO.h"
@@ -78,8 +80,9 @@ struct Result
   lumo::Image::Pointer image;
   lumo::ResectionProposalDescriptorProperty::Pointer descriptor;
   lumo::VesselTreeData::Pointer plan;
-  /** Surface files and their surfaces, in label order. */
+  /** Surface files and their surfaces, in label order, and the label each shows. */
   std::vector<std::pair<std::string, lumo::Surface::Pointer>> surfaces;
+  std::vector<int> surfaceLabels;
   std::size_t voxels[5]{ 0, 0, 0, 0, 0 };
   std::size_t tumourVoxels{ 0 };
   double flr{ 0.0 };
@@ -363,14 +366,23 @@ addToScene(lumo::DataStorage * scene,
   {
     inputs.emplace_back(nodeNameOf(options.plane), readData(options.plane));
   }
+  // Surfaces in the resection colours, drawn as around trees: the remnant a veil, the parts taken see-through.
+  const auto colors = planningColourTable()->GetColorByResectionStatus();
   std::vector<SceneResult> nodes;
   for (const Result & result : results)
   {
     const std::string image = resultName(result.output);
     nodes.push_back({ image, result.image.GetPointer(), resectionProperties(result.descriptor), {} });
-    for (const auto & [file, surface] : result.surfaces)
+    for (std::size_t i = 0; i < result.surfaces.size(); ++i)
     {
-      nodes.push_back({ resultName(file), surface.GetPointer(), {}, { image } });
+      const int label = result.surfaceLabels[i];
+      lumo::Color color;
+      color.Set(colors[label][0], colors[label][1], colors[label][2]);
+      nodes.push_back({ resultName(result.surfaces[i].first),
+                        result.surfaces[i].second.GetPointer(),
+                        { { "color", lumo::ColorProperty::New(color).GetPointer() },
+                          { "opacity", lumo::FloatProperty::New(label == 2 ? 0.15f : 0.55f).GetPointer() } },
+                        { image } });
     }
     if (!result.tree.empty())
     {
@@ -612,6 +624,7 @@ resect(const ResectOptions & options, Context & context)
           (std::filesystem::path(options.surfaces) / (base + "-" + words[label] + "." + options.surfaceFormat))
             .string();
         result.surfaces.emplace_back(file, surface);
+        result.surfaceLabels.push_back(label);
       }
     }
     if (!result.tree.empty())

@@ -774,3 +774,31 @@ TEST_F(ArboResectSceneTest, ABadSceneCostsNothingAndKeepsTheSceneAsItWas)
                 "arbo: " + path("plan.rs") + ": is not a scene that can be loaded (arbo scene info tells why)");
   EXPECT_EQ(readFile(path("plan.rs")), refused);
 }
+
+TEST_F(ArboResectSceneTest, SurfacesJoinInTheResectionColoursWithTheImageAsSource)
+{
+  std::vector<std::string> arguments = resect("2", path("plan.rs"));
+  arguments.insert(arguments.end(), { "--surfaces", path("surfaces") });
+  ArboRun run = runArbo(arguments);
+  ASSERT_EQ(run.status, 0) << run.err;
+  const nlohmann::json json = nlohmann::json::parse(runArbo({ "scene", "info", path("plan.rs"), "--json" }).out);
+  ASSERT_EQ(json["nodes"].size(), 9u);
+  const auto & image = json["nodes"][4];
+  EXPECT_EQ(image["name"], "risk");
+  const std::vector<std::array<std::string, 4>> expected{ { "risk-remnant", "[0.3, 0.75, 0.35]", "0.15" },
+                                                          { "risk-resected", "[0.9, 0.15, 0.1]", "0.55" },
+                                                          { "risk-at-risk", "[1, 0.6, 0.05]", "0.55" } };
+  for (std::size_t i = 0; i < expected.size(); ++i)
+  {
+    const auto & node = json["nodes"][5 + i];
+    EXPECT_EQ(node["name"], expected[i][0]);
+    EXPECT_EQ(node["type"], "surface");
+    EXPECT_EQ(node["file"], expected[i][0] + ".vtp");
+    EXPECT_EQ(node["properties"].value("color", ""), expected[i][1]);
+    EXPECT_EQ(node["properties"].value("opacity", ""), expected[i][2]);
+    EXPECT_EQ(node["sources"], nlohmann::json::array({ image["id"] }));
+  }
+  // The plan tree's file: the tree written beside the scene by --tree-out is not the scene's to replace.
+  EXPECT_EQ(json["nodes"][8]["name"], "plan");
+  EXPECT_EQ(json["nodes"][8]["file"], "plan_2.ves");
+}
