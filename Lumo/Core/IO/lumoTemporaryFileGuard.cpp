@@ -14,7 +14,7 @@ namespace lumo
 {
 namespace
 {
-constexpr int NumberOfSlots = 64;
+constexpr int NumberOfSlots = 256;
 constexpr std::size_t MaximumPathBytes = 4096;
 
 enum SlotState : int

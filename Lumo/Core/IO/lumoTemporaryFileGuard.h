@@ -15,7 +15,7 @@ namespace lumo
  *  listed folders (empty by then when their files were listed), restore the default action and raise the signal
  *  again, so that the exit status still says the process was killed by it. The guard itself removes nothing.
  *
- *  The list has a fixed number of slots (64) and paths up to 4095 bytes, so that the handler touches no allocator;
+ *  The list has a fixed number of slots (256) and paths up to 4095 bytes, so that the handler touches no allocator;
  *  a path that does not fit is not listed (IsListed() tells). */
 class TemporaryFileGuard
 {
