@@ -6,6 +6,10 @@
 
 #include "lumoImage.h"
 #include "lumoImageIO.h"
+#include "lumoVesselTreeLookupTablePropertySerializer.h"
+
+#include <HostileInputs.h>
+#include <tinyxml2.h>
 
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -15,6 +19,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <new>
 
 using namespace arbo_test;
 
@@ -45,11 +50,20 @@ struct LimitedRun
 
 /** Runs arbo in a forked child whose address space may grow by at most `headroom` bytes beyond what it has mapped
  *  at the fork; the child's standard error comes back through a pipe. */
+/** Exit status of a child in which an allocation failed (whether or not the failure was caught). */
+constexpr int AllocationFailed = 42;
+
+void
+exitOnFailedAllocation()
+{
+  ::_exit(AllocationFailed);
+}
+
 LimitedRun
-runArboLimited(const std::vector<std::string> & arguments, std::uint64_t headroom)
+runArboLimited(const std::vector<std::string> & arguments, std::uint64_t headroom, bool absolute = false)
 {
   LimitedRun result;
-  result.limit = mappedBytes() + headroom;
+  result.limit = absolute ? headroom : mappedBytes() + headroom;
   int pipeEnds[2];
   if (::pipe(pipeEnds) != 0)
   {
@@ -62,6 +76,7 @@ runArboLimited(const std::vector<std::string> & arguments, std::uint64_t headroo
     ::close(pipeEnds[0]);
     const struct rlimit bound = { result.limit, result.limit };
     ::setrlimit(RLIMIT_AS, &bound);
+    std::set_new_handler(exitOnFailedAllocation);
     const ArboRun run = runArbo(arguments);
     std::size_t written = 0;
     while (written < run.err.size())
@@ -260,5 +275,95 @@ TEST_F(ArboImageHeaderLimitTest, AnImageLargerThanTheProcessMayAllocateIsRefused
               "than this process can allocate (at most " +
               std::to_string(limited.limit) + " bytes)\n");
   EXPECT_EQ(files(), (std::vector<std::string>{ "large.mhd", "large.raw" }));
+}
+
+// Every hostile input of the project's tests, each read in a child whose address space is limited to 2 GiB: a
+// clean failure with one line naming the file, never a kill and never an allocation that fails.
+class ArboHostileInputsTest : public ArboTest
+{
+protected:
+  static constexpr std::uint64_t AddressSpace = 2ull << 30;
+
+  void
+  expectCleanFailure(const std::vector<std::string> & arguments, const std::string & file)
+  {
+    const LimitedRun limited = runArboLimited(arguments, AddressSpace, true);
+    EXPECT_TRUE(limited.exited) << "killed by signal " << limited.signal;
+    EXPECT_NE(limited.run.status, AllocationFailed) << "an allocation failed";
+    EXPECT_EQ(limited.run.status, 1) << limited.run.err;
+    EXPECT_EQ(limited.run.err.rfind("arbo: " + file + ": ", 0), 0u) << limited.run.err;
+  }
+};
+
+TEST_F(ArboHostileInputsTest, DataFilesFailCleanlyWithinTwoGibibytes)
+{
+  ASSERT_LT(mappedBytes(), AddressSpace / 2) << "the test process itself maps too much for the limit to mean much";
+  std::vector<lumotest::HostileInput> inputs = lumotest::hostileVesselTrees();
+  for (const auto & group : { lumotest::hostileImages(), lumotest::hostilePointSets() })
+  {
+    inputs.insert(inputs.end(), group.begin(), group.end());
+  }
+  for (const lumotest::HostileInput & input : inputs)
+  {
+    SCOPED_TRACE(input.name);
+    writeFile(path(input.fileName), input.content);
+    expectCleanFailure({ "info", path(input.fileName) }, path(input.fileName));
+    const std::vector<std::string> names = files();
+    EXPECT_EQ(std::count(names.begin(), names.end(), input.fileName), 1);
+    EXPECT_EQ(readFile(path(input.fileName)), input.content);
+  }
+}
+
+TEST_F(ArboHostileInputsTest, ScenesFailCleanlyWithinTwoGibibytes)
+{
+  for (const lumotest::HostileInput & input : lumotest::hostileScenes())
+  {
+    SCOPED_TRACE(input.name);
+    writeFile(path(input.fileName), input.content);
+    // Refused with the loader's reasons and a last line naming the file, or loaded without the broken property.
+    const LimitedRun limited = runArboLimited({ "scene", "info", path(input.fileName) }, AddressSpace, true);
+    EXPECT_TRUE(limited.exited) << "killed by signal " << limited.signal;
+    EXPECT_NE(limited.run.status, AllocationFailed) << "an allocation failed";
+    const std::string & err = limited.run.err;
+    const std::size_t lastLine = err.size() > 1 ? err.rfind('\n', err.size() - 2) : std::string::npos;
+    if (limited.run.status == 1)
+    {
+      EXPECT_EQ(err.compare(lastLine == std::string::npos ? 0 : lastLine + 1,
+                            std::string::npos,
+                            "arbo: " + path(input.fileName) + ": is not a scene that can be loaded\n"),
+                0)
+        << err;
+    }
+    else
+    {
+      EXPECT_EQ(limited.run.status, 0);
+      EXPECT_EQ(err.find("rror"), std::string::npos) << err;
+    }
+    EXPECT_EQ(readFile(path(input.fileName)), input.content);
+  }
+}
+
+TEST_F(ArboHostileInputsTest, LookupTablePropertiesAreRefusedWithinTwoGibibytes)
+{
+  for (const lumotest::HostileInput & input : lumotest::hostileLookupTableXml())
+  {
+    SCOPED_TRACE(input.name);
+    const pid_t child = ::fork();
+    if (child == 0)
+    {
+      const struct rlimit bound = { AddressSpace, AddressSpace };
+      ::setrlimit(RLIMIT_AS, &bound);
+      std::set_new_handler(exitOnFailedAllocation);
+      std::cerr.setstate(std::ios::failbit); // the serializer's warning is checked by its own tests
+      tinyxml2::XMLDocument document;
+      document.Parse(input.content.c_str());
+      auto property = lumo::VesselTreeLookupTablePropertySerializer::New()->Deserialize(document.RootElement());
+      ::_exit(property.IsNull() ? 0 : 1);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    ASSERT_TRUE(WIFEXITED(status)) << "killed by signal " << WTERMSIG(status);
+    EXPECT_EQ(WEXITSTATUS(status), 0) << (WEXITSTATUS(status) == AllocationFailed ? "an allocation failed" : "read");
+  }
 }
 } // namespace
