@@ -48,18 +48,25 @@ vesselMaskSurface(const std::string & path, const std::optional<long> & label)
   {
     throw Error(path, "is empty (every voxel is 0): no vessel surface to draw");
   }
+  if (mask.GetPointer() == image)
+  {
+    // An 8-bit image comes back as it is, with whatever values it holds: every one but 0 is vessel.
+    mask = lumo::Image::New();
+    mask->Initialize(
+      image->GetPixelType(), image->GetSize(), image->GetSpacing(), image->GetOrigin(), image->GetDirection());
+    const auto * in = static_cast<const unsigned char *>(image->GetData());
+    auto * out = static_cast<unsigned char *>(mask->GetData());
+    for (std::size_t i = 0, n = image->GetNumberOfVoxels(); i < n; ++i)
+    {
+      out[i] = in[i] != 0 ? 1 : 0;
+    }
+  }
   auto filter = lumo::LabelImageSurfaceFilter::New();
   filter->SetInput(mask);
   // The mapper gives the labelled triangles normals of its own.
   filter->ComputeNormalsOff();
   filter->Update();
-  // A mask other than 0/1 (an 8-bit label map without --label) has several values: one surface of all of them.
-  lumo::Surface::Pointer surface = filter->GetOutput(0);
-  if (filter->GetNumberOfIndexedOutputs() > 1)
-  {
-    throw Error(path, "has several labels; choose the vessels' one with --label");
-  }
-  return surface;
+  return filter->GetOutput(0);
 }
 
 void

@@ -258,7 +258,10 @@ Viewer::Viewer(const Options & options, Context & context)
   lumo::YetAnotherVesselTreeInteractor::SetActiveVesselTree(m_Scene.trees.empty() ? nullptr : m_Scene.trees[0]);
   // The plane is read before anything is shown, so that a bad file costs no window.
   lumo::DeformablePlane::Pointer plane = options.plane.empty() ? nullptr : readPlane(options.plane);
-  setView(*m_Renderer, options.view);
+  {
+    CapturedMessages progress; // the vessel surface's mapper reports its progress on standard output
+    setView(*m_Renderer, options.view);
+  }
   say(m_Scene.trees.empty() ? "No vessel tree: nothing to select"
                             : "Active tree: " + m_Scene.treeFiles[0] + " (click a vessel; ? for help)");
   if (plane)

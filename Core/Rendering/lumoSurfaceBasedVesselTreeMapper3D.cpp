@@ -148,8 +148,8 @@ SurfaceBasedVesselTreeMapper3D::PreprocessSurface()
       surfacePoints->GetPoint(corner[0], a);
       surfacePoints->GetPoint(corner[1], b);
       surfacePoints->GetPoint(corner[2], c);
-      const vtkIdType nearest = locator->FindClosestPoint(
-        (a[0] + b[0] + c[0]) / 3.0, (a[1] + b[1] + c[1]) / 3.0, (a[2] + b[2] + c[2]) / 3.0);
+      const vtkIdType nearest =
+        locator->FindClosestPoint((a[0] + b[0] + c[0]) / 3.0, (a[1] + b[1] + c[1]) / 3.0, (a[2] + b[2] + c[2]) / 3.0);
       out[cell] = nearest >= 0 ? vesselOf[nearest] : 0u;
     }
   });
@@ -284,8 +284,7 @@ void
 SurfaceBasedVesselTreeMapper3D::GenerateDataForRenderer(BaseRenderer * renderer)
 {
   // Another input surface (or a changed one) after the tree was drawn: the tree's times do not tell.
-  if (this->InputSurfaceAvailable() && this->SkeletonAvailable() &&
-      SurfaceTime(m_InputSurface) != m_LabelledInputTime)
+  if (this->InputSurfaceAvailable() && this->SkeletonAvailable() && SurfaceTime(m_InputSurface) != m_LabelledInputTime)
   {
     if (this->PreprocessSurface())
     {

@@ -130,8 +130,7 @@ TEST(SurfaceBasedMapperLabelling, QuadsAreTriangulatedAndEachTriangleTakesTheVes
   {
     EXPECT_EQ(preprocessed->GetCell(cell)->GetNumberOfPoints(), 3);
   }
-  EXPECT_EQ(values(preprocessed->GetCellData()->GetArray("vesselIds")),
-            (std::vector<unsigned int>{ 1, 1, 2, 2, 2 }));
+  EXPECT_EQ(values(preprocessed->GetCellData()->GetArray("vesselIds")), (std::vector<unsigned int>{ 1, 1, 2, 2, 2 }));
 }
 
 TEST(SurfaceBasedMapperLabelling, TubedSurfaceLabelsByTheNearestTubeWallInsteadOfCentreLine)
