@@ -390,9 +390,9 @@ addSurfaceCommand(CLI::App & app, Context & context)
   command->footer(
     "Every label (or those of --label) becomes a closed triangle mesh in world coordinates (millimetres, as the\n"
     "image lies in the scanner), for 3-D printing and other viewers. The surface runs halfway between label and\n"
-    "background voxels, is smoothed with a windowed sinc filter and, after --decimate, moved along its normals\n"
-    "(by at most half a voxel) until it encloses the volume of the label's voxels; within 1 % unless the label\n"
-    "is only a voxel or two thick.\n\n"
+    "background voxels, is thinned out (--decimate), smoothed with a windowed sinc filter and moved along its\n"
+    "normals (by at most half a voxel) until it encloses the volume of the label's voxels: within 1 % unless the\n"
+    "label is only a voxel thick.\n\n"
     "Output by the ending of -o:\n"
     "  .vtp               one file holding every label's mesh, the cell array \"label\" tells them apart\n"
     "  .stl, .obj, .ply   one file per label: with one label OUT itself, with several OUT with \"-LABEL\" before\n"

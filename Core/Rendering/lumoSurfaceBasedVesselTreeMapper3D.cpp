@@ -290,6 +290,8 @@ SurfaceBasedVesselTreeMapper3D::GenerateDataForRenderer(BaseRenderer * renderer)
     {
       this->BuildSkeletonSurface();
     }
+    // Tried once per surface change: a surface that cannot be labelled does not warn at every frame.
+    m_LabelledInputTime = SurfaceTime(m_InputSurface);
   }
   Superclass::GenerateDataForRenderer(renderer);
 }
