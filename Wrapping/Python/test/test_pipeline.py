@@ -14,13 +14,21 @@ class TestExtraction:
         assert (tmp_path / "module.ves").read_bytes() == arbo_file.read_bytes()
         assert tree.summary["vessels"] == len(tree) > 5
 
-    def test_options_reach_the_extraction(self, small, tmp_path):
+    @pytest.mark.parametrize("arguments, options", [
+        (["--keep-spurs"], {"keep_spurs": True}),
+        (["--prune", "4", "--smooth", "0"], {"prune": 4, "smooth": 0}),
+        (["--raw-diameters"], {"raw_diameters": True}),
+        (["--no-endpoint-suppression"], {"endpoint_suppression": False}),
+    ])
+    def test_options_reach_the_extraction(self, small, tmp_path, arguments, options):
         folder, data = small
-        run_arbo("extract", folder / "hepatic.nrrd", "-o", tmp_path / "arbo.ves", "--type", "hepatic", "--prune", 4,
-                 "--smooth", 0, "--keep-spurs")
-        tree = lumoarbo.extract(data.hepatic, **data.geometry, type="hepatic", prune=4, smooth=0, keep_spurs=True)
+        run_arbo("extract", folder / "hepatic.nrrd", "-o", tmp_path / "arbo.ves", "--type", "hepatic", *arguments)
+        run_arbo("extract", folder / "hepatic.nrrd", "-o", tmp_path / "default.ves", "--type", "hepatic")
+        tree = lumoarbo.extract(data.hepatic, **data.geometry, type="hepatic", **options)
         tree.write(tmp_path / "module.ves")
         assert (tmp_path / "module.ves").read_bytes() == (tmp_path / "arbo.ves").read_bytes()
+        # Each option changes the tree: the comparison above is not between defaults.
+        assert (tmp_path / "arbo.ves").read_bytes() != (tmp_path / "default.ves").read_bytes()
         assert {v.type_name for v in tree} == {"Hepatic vein"}
 
     def test_label_maps(self, small, tmp_path):
