@@ -409,6 +409,21 @@ CalyxSceneReaderV1::LoadSceneObject(const tinyxml2::XMLElement * element, const 
     id = m_IdGenerator.GetUID();
   }
 
+  // The saved properties first: the node takes the general ones before its data, so that defaults the data would
+  // compute (an image's level window from all its voxels) are not computed when the scene has them.
+  std::vector<std::pair<std::string, PropertyList::Pointer>> lists;
+  PropertyList::Pointer general;
+  for (const tinyxml2::XMLElement * list = element->FirstChildElement("PropertyList"); list != nullptr;
+       list = list->NextSiblingElement("PropertyList"))
+  {
+    const char * window = list->Attribute("RenderWindow");
+    lists.emplace_back(window == nullptr ? "" : window, DecodePropertyList(list));
+    if (window == nullptr)
+    {
+      general = lists.back().second;
+    }
+  }
+
   DataNode::Pointer node;
   if (const char * file = element->Attribute("file"))
   {
@@ -425,6 +440,7 @@ CalyxSceneReaderV1::LoadSceneObject(const tinyxml2::XMLElement * element, const 
       {
         CalyxDataNodeFactory::Pointer factory = CalyxDataNodeFactory::New();
         factory->SetFileName(path);
+        factory->SetInitialProperties(general);
         factory->Update();
         node = factory->GetOutput();
         if (node.IsNull() || node->GetData() == nullptr)
@@ -456,10 +472,13 @@ CalyxSceneReaderV1::LoadSceneObject(const tinyxml2::XMLElement * element, const 
       sources.emplace_back(uid);
     }
   }
-  for (const tinyxml2::XMLElement * list = element->FirstChildElement("PropertyList"); list != nullptr;
-       list = list->NextSiblingElement("PropertyList"))
+  // Again after the data: the saved values win over the data's defaults and the name taken from the file.
+  for (const auto & [renderer, list] : lists)
   {
-    ApplyPropertyList(node, list);
+    for (const auto & [key, property] : *list->GetMap())
+    {
+      node->ReplaceProperty(key, property, renderer);
+    }
   }
   return node;
 }
