@@ -65,23 +65,21 @@ class TestConversion:
 
 
 class TestThreads:
-    def test_other_python_threads_run_during_the_work(self, small):
-        _, data = small
+    def test_other_python_threads_run_during_the_work(self):
         ticks = []
         done = threading.Event()
 
         def work():
-            for _ in range(3):
-                lumoarbo.extract(data.portal, **data.geometry)
+            # Two long calls (well over half a second together): a phantom and its supply areas on one thread.
+            liver = lumoarbo.phantom("medium", 5)
+            lumoarbo.supply(liver.organ, liver.portal_tree, mode="portal-segments", threads=1, **liver.geometry)
             done.set()
 
         worker = threading.Thread(target=work)
-        started = time.perf_counter()
         worker.start()
         while not done.is_set():
             ticks.append(time.perf_counter())
             time.sleep(0.001)
         worker.join()
-        elapsed = time.perf_counter() - started
-        # Holding the GIL through the extraction would leave this thread a handful of ticks at most.
-        assert len(ticks) > 0.3 * elapsed / 0.002
+        # Holding the GIL through the work would leave this thread a few ticks between the calls.
+        assert len(ticks) >= 50
