@@ -699,6 +699,8 @@ resect(const py::array & organArray,
     double flr{ 0.0 };
     std::vector<std::string> notes;
   };
+  // A plane file that cannot be read is a file error, reported before any work.
+  lumo::DeformablePlane::Pointer plane = cut ? runWork([&] { return arbo::readPlane(planePath); }, true) : nullptr;
   std::vector<Outcome> outcomes;
   std::size_t organVoxels = 0;
   double voxelMl = 0.0;
@@ -715,7 +717,6 @@ resect(const py::array & organArray,
     }
     else if (cut)
     {
-      lumo::DeformablePlane::Pointer plane = arbo::readPlane(planePath);
       plane->SetOrgan(organ);
       auto cutter = lumo::DeformablePlaneRPG::New();
       cutter->SetCuttingPlane(plane);

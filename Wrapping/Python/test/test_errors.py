@@ -99,6 +99,16 @@ class TestResectCompareLabelErrors:
             lumoarbo.resect(data.organ, data.portal_tree, plan=True, **data.geometry)
         assert not (tmp_path / "r.nrrd").exists()
 
+    def test_unreadable_plane(self, small, tmp_path):
+        folder, data = small
+        (tmp_path / "plane.mps").write_text("<point_set_file></point_set_file>\n")
+        for plane in (tmp_path / "missing.mps", tmp_path / "plane.mps"):
+            expected = arbo_error("resect", folder / "organ.nrrd", folder / "truth-portal.ves", "--plane", plane,
+                                  "-o", tmp_path / "r.nrrd")
+            with pytest.raises(OSError, match=message(expected)):
+                lumoarbo.resect(data.organ, data.portal_tree, plane=plane, **data.geometry)
+        assert sorted(p.name for p in tmp_path.iterdir()) == ["plane.mps"]
+
     def test_compare_and_label_from_empty_trees(self, small):
         _, data = small
         with pytest.raises(ValueError, match=message("test: holds no centre-line points to compare")):
