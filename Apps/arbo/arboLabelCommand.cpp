@@ -2,6 +2,7 @@
 
 #include "arboError.h"
 #include "arboFiles.h"
+#include "arboTreeAnalysis.h"
 
 #include "lumoVesselTreeOperation.h"
 
@@ -43,11 +44,7 @@ transferLabels(const LabelOptions & options, Context & context)
                                             : VesselLabelTransfer::splitAtLabelChanges(reference->GetVesselTreeData(0),
                                                                                        data->GetVesselTreeData(0));
   const std::size_t labelled =
-    VesselLabelTransfer::transfer(reference->GetVesselTreeData(0), data->GetVesselTreeData(0));
-  if (labelled == 0)
-  {
-    throw Error(options.from, "holds no centre-line points to take labels from");
-  }
+    transferLabelsFrom(reference->GetVesselTreeData(0), data->GetVesselTreeData(0), options.from);
   if (split > 0)
   {
     data->TopologyModified();
