@@ -6,7 +6,6 @@
 
 #include "lumoVesselTreeOperation.h"
 
-#include "VesselLabelTransfer.h"
 #include "VesselLabels.h"
 
 #include <CLI/CLI.hpp>
@@ -39,12 +38,10 @@ transferLabels(const LabelOptions & options, Context & context)
 {
   lumo::VesselTreeData::Pointer reference = readVesselTree(options.from, context.quiet ? nullptr : &context.err);
   lumo::VesselTreeData::Pointer data = readVesselTree(options.input, context.quiet ? nullptr : &context.err);
-  // Split before labelling: a vessel that runs along two differently labelled reference vessels takes both.
-  const std::size_t split = options.noSplit ? 0
-                                            : VesselLabelTransfer::splitAtLabelChanges(reference->GetVesselTreeData(0),
-                                                                                       data->GetVesselTreeData(0));
-  const std::size_t labelled =
-    transferLabelsFrom(reference->GetVesselTreeData(0), data->GetVesselTreeData(0), options.from);
+  // A vessel that runs along two differently labelled reference vessels is split first and takes both.
+  std::size_t split = 0;
+  const std::size_t labelled = transferLabelsFrom(
+    reference->GetVesselTreeData(0), data->GetVesselTreeData(0), options.from, !options.noSplit, &split);
   if (split > 0)
   {
     data->TopologyModified();
