@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Gathers the status files of every case into one cohort table (CSV and JSON).
 
-A case is "ok" when every step succeeded, else "failed" with the step that failed first and its error line (steps
-that were not run because of it are not the cause). Columns that a case has no value for stay empty.
+A case is "ok" when every step succeeded, else "failed" with the step that failed first and its error line (the
+steps after it were not run because of it). Columns that a case has no value for stay empty.
 """
 
 import argparse
@@ -44,8 +44,8 @@ def margin_key(margin):
 def gather(results, case, steps, margins):
     statuses = [read_status(os.path.join(results, case, "status", step + ".json"), step) for step in steps]
     row = {"case": case, "state": "ok", "failed_step": None, "error": None}
-    culprit = next((s for s in statuses if s["state"] == "failed"), None)
-    culprit = culprit or next((s for s in statuses if s["state"] != "ok"), None)
+    # Steps come in dependency order, so the first one that did not succeed is the cause of the rest.
+    culprit = next((s for s in statuses if s["state"] != "ok"), None)
     if culprit is not None:
         row.update(state="failed", failed_step=culprit.get("step"), error=culprit.get("error"))
     outputs = {s.get("step"): s.get("output") for s in statuses if s["state"] == "ok"}
