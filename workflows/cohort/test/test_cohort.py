@@ -138,6 +138,13 @@ class TestTable:
         assert table["summary"] == {"cases": 3, "ok": 1, "failed": 2, "margins_mm": [5.0]}
         assert table["cases"][1]["seconds"] == {"info-portal": 0.25, "supply": 0.0, "resect": None}
 
+    def test_malformed_case_argument_writes_nothing(self, tmp_path):
+        with pytest.raises(SystemExit) as exit_info:
+            cohort_table.main(["--results", str(tmp_path), "--csv", str(tmp_path / "t.csv"), "--json",
+                               str(tmp_path / "t.json"), "--case", "a=supply", "--case", "broken"])
+        assert str(exit_info.value) == "cohort_table: --case 'broken' is not of the form CASE=VALUE"
+        assert os.listdir(tmp_path) == []
+
     def test_missing_status_is_the_error_when_nothing_failed(self, tmp_path):
         row = cohort_table.gather(str(tmp_path), "x", ["supply"], ["5"])
         assert row["state"] == "failed"
@@ -157,6 +164,13 @@ class TestMakeCohort:
         assert result.stderr == f"make-cohort: {tmp_path}: a folder with other files; give a new or empty folder\n"
         assert os.listdir(tmp_path) == ["mine.txt"]
         assert read(tmp_path / "mine.txt") == "keep"
+
+    def test_refuses_a_file_in_place_of_the_folder(self, tmp_path):
+        target = tmp_path / "cohort"
+        target.write_text("not a folder")
+        result = run(["bash", MAKE_COHORT, str(target), "--small"], env={**os.environ, "ARBO": ARBO})
+        assert (result.returncode, result.stderr) == (1, f"make-cohort: {target}: exists and is not a folder\n")
+        assert read(target) == "not a folder"
 
     def test_usage_and_missing_arbo(self, tmp_path):
         result = run(["bash", MAKE_COHORT, str(tmp_path / "c"), "--medium", "zero"])
