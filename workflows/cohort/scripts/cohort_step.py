@@ -122,6 +122,10 @@ def run(arguments):
         OMP_NUM_THREADS=threads,
         LP_NUM_THREADS=threads,  # Mesa's software rasteriser
     )
+    # VTK's parallel filters (surfaces of label images, tubes) run on TBB over every core, with no limit read from
+    # the environment; one thread means its sequential backend.
+    if arguments.threads == 1:
+        environment["VTK_SMP_BACKEND_IN_USE"] = "Sequential"
     display = VirtualDisplay() if arguments.display else None
     start = time.monotonic()
     try:

@@ -83,11 +83,14 @@ class TestStep:
         assert step(tmp_path, "--after", str(upstream), "--", "touch", str(marker))["state"] == "skipped"
         assert not marker.exists()
 
-    def test_thread_count_reaches_the_libraries(self, tmp_path):
-        record = step(tmp_path, "--threads", "3", "--json-stdout", "--", "sh", "-c",
-                      'printf \'["%s","%s","%s"]\' "$ITK_GLOBAL_DEFAULT_NUMBER_OF_THREADS" "$OMP_NUM_THREADS" '
-                      '"$LP_NUM_THREADS"')
-        assert record["output"] == ["3", "3", "3"]
+    def test_thread_count_reaches_the_libraries(self, tmp_path, monkeypatch):
+        monkeypatch.delenv("VTK_SMP_BACKEND_IN_USE", raising=False)
+        script = ('printf \'["%s","%s","%s","%s"]\' "$ITK_GLOBAL_DEFAULT_NUMBER_OF_THREADS" "$OMP_NUM_THREADS" '
+                  '"$LP_NUM_THREADS" "$VTK_SMP_BACKEND_IN_USE"')
+        record = step(tmp_path, "--threads", "3", "--json-stdout", "--", "sh", "-c", script)
+        assert record["output"] == ["3", "3", "3", ""]
+        record = step(tmp_path, "--json-stdout", "--", "sh", "-c", script)
+        assert record["output"] == ["1", "1", "1", "Sequential"]
 
     def test_usage_errors(self, tmp_path, capsys):
         with pytest.raises(SystemExit) as exit_info:
