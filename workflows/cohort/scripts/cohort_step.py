@@ -66,7 +66,8 @@ class VirtualDisplay:
     """An Xvfb server of its own for one picture. Xvfb picks a free display number itself (-displayfd), so jobs
     that render at the same time never race for one number as "xvfb-run -a" can."""
 
-    def __init__(self):
+    def __init__(self, environment):
+        self.environment = environment
         self.process = None
         self.display = None
 
@@ -77,6 +78,7 @@ class VirtualDisplay:
         self.process = subprocess.Popen(
             ["Xvfb", "-displayfd", str(write_end), "-screen", "0", "1920x1080x24", "-nolisten", "tcp"],
             pass_fds=(write_end,),
+            env=self.environment,  # the server renders too, within the job's threads
             stdout=subprocess.DEVNULL,
             stderr=subprocess.DEVNULL,
         )
@@ -126,7 +128,7 @@ def run(arguments):
     # the environment; one thread means its sequential backend.
     if arguments.threads == 1:
         environment["VTK_SMP_BACKEND_IN_USE"] = "Sequential"
-    display = VirtualDisplay() if arguments.display else None
+    display = VirtualDisplay(environment) if arguments.display else None
     start = time.monotonic()
     try:
         if display is not None:
