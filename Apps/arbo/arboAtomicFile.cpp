@@ -2,6 +2,8 @@
 
 #include "arboError.h"
 
+#include "lumoTemporaryFileGuard.h"
+
 #include <algorithm>
 #include <atomic>
 #include <cctype>
@@ -40,6 +42,9 @@ writeAtomically(const std::string & target, const std::function<void(const std::
     throw Error(target, "is a folder, not a file");
   }
   const std::string temporary = temporaryPathBeside(target);
+  // An interrupt while writing removes the temporary file; the target is untouched until the rename.
+  lumo::TemporaryFileGuard::InstallSignalHandlers();
+  const lumo::TemporaryFileGuard guard(temporary);
   try
   {
     writer(temporary);

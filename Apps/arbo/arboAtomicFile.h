@@ -9,7 +9,8 @@ namespace arbo
 /** Writes a file so that the target is either left as it was or replaced whole: the content goes to a temporary
  *  file beside the target (same folder, same file name ending, so that writers that choose the format by the
  *  ending still do), which is renamed over the target only when writing succeeded. The writer gets the temporary
- *  path and throws on failure; the temporary file is removed whatever happens. */
+ *  path and throws on failure; the temporary file is removed whatever happens, also when SIGINT, SIGTERM or SIGHUP
+ *  ends the process while it is written (the signal then still ends the process). */
 void
 writeAtomically(const std::string & target, const std::function<void(const std::string & temporaryPath)> & writer);
 

@@ -271,7 +271,14 @@ extract(const ExtractOptions & options, Context & context)
       QuietWarnings quiet;
       ConsoleNotes notes(context.err, context.quiet);
       filter->Modified();
-      filter->Update();
+      try
+      {
+        filter->Update();
+      }
+      catch (const itk::ExceptionObject & e)
+      {
+        throw Error(options.input, e.GetDescription());
+      }
     }
     lumo::VesselTreeData::Pointer result = filter->GetOutput(0);
     result->DisconnectPipeline();

@@ -218,7 +218,7 @@ supply(const SupplyOptions & options, Context & context)
   writeData(areas, options.output);
   if (plan)
   {
-    addResultToScene(plan, options.scene, inputs, { nodeNameOf(options.output), areas });
+    addResultsToScene(plan, options.scene, inputs, { { nodeNameOf(options.output), areas, {}, {} } });
     if (!context.quiet)
     {
       context.err << "arbo: added " << nodeNameOf(options.output) << " to " << options.scene << "\n";
