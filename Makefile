@@ -3,8 +3,10 @@ BUILD_DIR ?= build
 ASAN_DIR ?= build-asan
 JOBS ?= $(shell nproc)
 DEMO_DIR ?= demo-out
+FUZZ_DIR ?= build-fuzz
+FUZZ_SECONDS ?= 60
 
-.PHONY: all deps configure build test sanitize-test unit-test demo bench format clean
+.PHONY: all deps configure build test sanitize-test unit-test demo bench format clean fuzz fuzz-build
 
 all: build
 
@@ -40,4 +42,14 @@ format:
 	@git ls-files '*.h' '*.cpp' '*.hxx' '*.txx' | xargs clang-format -i
 
 clean:
-	@rm -rf $(BUILD_DIR) $(ASAN_DIR) $(DEMO_DIR)
+	@rm -rf $(BUILD_DIR) $(ASAN_DIR) $(DEMO_DIR) $(FUZZ_DIR)
+
+# The libFuzzer targets (clang, AddressSanitizer and UndefinedBehaviorSanitizer), each run for FUZZ_SECONDS; a finding
+# fails and its reproducer stays in $(FUZZ_DIR)/Testing/Fuzz/findings/ (docs/fuzzing.md).
+fuzz-build: deps
+	@CC=clang CXX=clang++ cmake -S . -B $(FUZZ_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Release -DLUMO_SANITIZE=ON \
+	  -DLUMO_BUILD_FUZZERS=ON -DLUMO_BUILD_BENCHMARKS=OFF >/dev/null
+	@cmake --build $(FUZZ_DIR) --target lumo_fuzzers -j $(JOBS)
+
+fuzz: fuzz-build
+	@bash Testing/Fuzz/run-fuzzers $(FUZZ_DIR) $(FUZZ_SECONDS)
