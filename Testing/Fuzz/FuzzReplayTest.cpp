@@ -60,14 +60,14 @@ replay(const char * folder)
 }
 } // namespace
 
-TEST(FuzzReplay, SeedsRunCleanAndKeepTheirMeaning)
+TEST(LUMO_FUZZ_SUITE, SeedsRunCleanAndKeepTheirMeaning)
 {
   const auto [good, bad] = replay(LUMO_FUZZ_CORPUS_DIR);
   EXPECT_GE(good, 3u) << "seed corpus missing from " << LUMO_FUZZ_CORPUS_DIR;
   EXPECT_GE(bad, 1u);
 }
 
-TEST(FuzzReplay, RegressionInputsRunCleanAndKeepTheirMeaning)
+TEST(LUMO_FUZZ_SUITE, RegressionInputsRunCleanAndKeepTheirMeaning)
 {
   // Inputs that once found a fault (the folder exists once there was one).
   replay(LUMO_FUZZ_REGRESSION_DIR);

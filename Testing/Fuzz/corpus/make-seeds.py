@@ -35,7 +35,7 @@ VES = {
     "ok-canonical.ves": CANONICAL,
     "ok-nested.ves": NESTED,
     "ok-single-leaf.ves": tree(vessel() + " -"),
-    "ok-compact.ves": "VALD-KRN 2000 Tree{{t f 1 2 1 1 -1 1[1 2 3 4]}-}",
+    "ok-compact.ves": "VALD-KRN 2000 Tree {{t f 1 2 1 1 -1 1[1 2 3 4]}-}",
     "ok-crlf.ves": CANONICAL.replace("\n", "\r\n"),
     "bad-empty.ves": "",
     "bad-empty-tree.ves": "VALD-KRN 2000 Tree\n{\n}\n",
@@ -50,8 +50,9 @@ PATTERN_FULL = """<?xml version="1.0" encoding="UTF-8"?>
 <LumoInteraction version="1">
   <events>
     <event name="Click" id="1" type="MouseButtonPress" button="Left" modifiers=""/>
-    <event name="Drag" id="2" type="MouseMove" button="Middle" modifiers="Shift,Ctrl"/>
+    <event name="Drag" id="2" type="MouseMove" modifiers="Shift+Ctrl"/>
     <event name="Release" id="4" type="MouseButtonRelease" button="Right" modifiers="Alt"/>
+    <event name="Wheel" id="6" type="MouseButtonPress" button="Middle"/>
     <event name="Escape" id="5" type="KeyPress" key="Escape" modifiers="Ctrl"/>
     <event name="Yes" id="1004"/>
   </events>
@@ -82,7 +83,14 @@ PATTERN = {
     "bad-version.xml": PATTERN_FULL.replace('version="1"', 'version="2"', 1),
     "bad-two-starts.xml": PATTERN_FULL.replace('<state name="Busy" id="2">', '<state name="Busy" id="2" start="true">'),
     "bad-unknown-next.xml": PATTERN_FULL.replace('next="Busy"', 'next="Nowhere"', 1),
-    "bad-modifier-twice.xml": PATTERN_FULL.replace('"Shift,Ctrl"', '"Shift,Shift"'),
+    "bad-modifier-twice.xml": PATTERN_FULL.replace('"Shift+Ctrl"', '"Shift+Shift"'),
+    "bad-button-on-move.xml": PATTERN_FULL.replace('type="MouseMove"', 'type="MouseMove" button="Left"'),
+    "bad-no-start.xml": PATTERN_FULL.replace(' start="true"', ""),
+    "bad-second-transition.xml": PATTERN_FULL.replace('<transition event="Drag" next="Busy"/>',
+                                                      '<transition event="Yes" next="Busy"/>'),
+    "bad-text.xml": PATTERN_FULL.replace("<events>", "<events>text"),
+    "bad-modifiers-without-type.xml": PATTERN_FULL.replace('<event name="Yes" id="1004"/>',
+                                                           '<event name="Yes" id="1004" modifiers="Alt"/>'),
     "bad-unknown-key.xml": PATTERN_FULL.replace('key="Escape"', 'key="F13"'),
     "bad-unclosed.xml": PATTERN_FULL[:-40],
 }
