@@ -59,6 +59,7 @@ runApplication(int argc, const char * const * argv, std::ostream & out, std::ost
   addViewCommand(app, context);
   addResectCommand(app, context);
   addSceneCommand(app, context);
+  addSurfaceCommand(app, context);
 
   try
   {

@@ -48,6 +48,8 @@ void
 addResectCommand(CLI::App & app, Context & context);
 void
 addSceneCommand(CLI::App & app, Context & context);
+void
+addSurfaceCommand(CLI::App & app, Context & context);
 } // namespace arbo
 
 #endif

@@ -4,6 +4,7 @@
 #include "arboDisplay.h"
 #include "arboError.h"
 #include "arboScene.h"
+#include "arboVesselSurface.h"
 
 #include "lumoBaseRenderer.h"
 #include "lumoVesselTreeOperation.h"
@@ -14,6 +15,7 @@
 #include <vtkRenderer.h>
 #include <vtkWindowToImageFilter.h>
 
+#include <optional>
 #include <ostream>
 
 namespace arbo
@@ -31,6 +33,8 @@ struct RenderOptions
   std::int32_t select{ -1 };
   std::string selectMode{ "single" };
   std::string plane;
+  bool vesselSurface{ false };
+  std::optional<long> label;
 };
 
 lumo::VesselTreeData::ActivationMode
@@ -79,11 +83,31 @@ runRender(const RenderOptions & options, Context & context)
   {
     throw Error("", "--select needs a vessel tree");
   }
+  if (options.label && !options.vesselSurface)
+  {
+    throw Error("",
+                "--label " + std::to_string(*options.label) + ": the label of the vessel mask needs --vessel-surface");
+  }
+  if (options.vesselSurface && options.skeleton)
+  {
+    throw Error("", "--vessel-surface and --skeleton exclude each other (the surface or the centre lines)");
+  }
   int width = 0, height = 0;
   parseSize(options.size, width, height);
 
   // Read everything before anything is drawn, so that a bad file costs no display.
-  Scene scene = buildScene(options.files, options.skeleton, options.resection);
+  std::vector<std::string> files = options.files;
+  lumo::Surface::Pointer vesselSurface;
+  if (options.vesselSurface)
+  {
+    const std::string mask = takeVesselMask(files);
+    vesselSurface = vesselMaskSurface(mask, options.label);
+  }
+  Scene scene = buildScene(files, options.skeleton, options.resection);
+  if (vesselSurface)
+  {
+    showVesselSurface(scene, vesselSurface);
+  }
   if (options.select >= 0)
   {
     if (scene.trees.empty())
@@ -108,8 +132,12 @@ runRender(const RenderOptions & options, Context & context)
   vtkRenderWindow * window = renderer->GetRenderWindow();
   window->OffScreenRenderingOn();
   setUpWindow(*renderer, width, height);
-  setView(*renderer, options.view);
-  renderer->Render();
+  {
+    // The surface mapper reports its progress on standard output; a picture command prints nothing there.
+    CapturedMessages progress;
+    setView(*renderer, options.view);
+    renderer->Render();
+  }
 
   auto grab = vtkSmartPointer<vtkWindowToImageFilter>::New();
   grab->SetInput(window);
@@ -155,7 +183,12 @@ addRenderCommand(CLI::App & app, Context & context)
     "  arbo render portal.ves -o path.png --select 12 --select-mode path\n"
     "  arbo render resection.nrrd portal.ves -o resection.png --resection\n"
     "  arbo render organ.nrrd portal.ves -o cut.png --plane cut.mps\n"
-    "  arbo render plan.rs -o plan.png --view iso");
+    "  arbo render plan.rs -o plan.png --view iso\n"
+    "  arbo render portal.nrrd portal.ves -o surface.png --vessel-surface\n"
+    "  arbo render labels.nii.gz portal.ves -o surface.png --vessel-surface --label 2\n\n"
+    "With --vessel-surface the first image among the files is the vessel mask: its surface (halfway between vessel\n"
+    "and background voxels, smoothed) is drawn instead of the tubes, each triangle in the colour of the vessel\n"
+    "nearest to it; there must be exactly one tree.");
   command->add_option("files", options->files, "Vessel trees (.ves), masks, label images and scenes (.rs)")
     ->required()
     ->check(CLI::ExistingFile);
@@ -172,6 +205,10 @@ addRenderCommand(CLI::App & app, Context & context)
                  options->plane,
                  "Draw the cutting plane of these control points (.mps), translucent, clipped to the organ")
     ->check(CLI::ExistingFile);
+  command->add_flag("--vessel-surface",
+                    options->vesselSurface,
+                    "Draw the vessel mask's surface coloured by the nearest vessel instead of tubes");
+  command->add_option("--label", options->label, "With --vessel-surface: the vessels' label in a label map");
   command->add_flag("--resection",
                     options->resection,
                     "Draw images whose labels are among 2, 3 and 4 as resections (remnant, resected, at risk)");

@@ -5,7 +5,10 @@
 #include "arboFiles.h"
 #include "arboScene.h"
 #include "arboMasks.h"
+#include "arboResectionErrors.h"
 
+#include "lumoColorProperty.h"
+#include "lumoFloatProperty.h"
 #include "lumoImage.h"
 #include "lumoDeformablePlaneRPG.h"
 #include "lumoImageIO.h"
@@ -52,6 +55,7 @@ struct ResectOptions
   std::string surfaces;
   std::string surfaceFormat{ "vtp" };
   std::string treeOut;
+  std::string scene;
   bool json{ false };
   double minFlr{ 25.0 };
   unsigned int threads{ 0 };
@@ -77,8 +81,9 @@ struct Result
   lumo::Image::Pointer image;
   lumo::ResectionProposalDescriptorProperty::Pointer descriptor;
   lumo::VesselTreeData::Pointer plan;
-  /** Surface files and their surfaces, in label order. */
+  /** Surface files and their surfaces, in label order, and the label each shows. */
   std::vector<std::pair<std::string, lumo::Surface::Pointer>> surfaces;
+  std::vector<int> surfaceLabels;
   std::size_t voxels[5]{ 0, 0, 0, 0, 0 };
   std::size_t tumourVoxels{ 0 };
   double flr{ 0.0 };
@@ -213,43 +218,7 @@ checkSameGrid(const lumo::Image & tumour, const lumo::Image & organ, const std::
 [[noreturn]] void
 rethrowForFiles(const std::string & what, const ResectOptions & options)
 {
-  const std::string gridPrefix = "Tumour mask and organ segmentation differ in ";
-  if (what.rfind(gridPrefix, 0) == 0)
-  {
-    throw Error(options.tumour,
-                "lies on another grid than the organ: they differ in " + what.substr(gridPrefix.size()));
-  }
-  if (what == "Tumour mask holds no tumour voxel")
-  {
-    throw Error(options.tumour, "holds no tumour voxel (every voxel is 0)");
-  }
-  if (what == "Tumour lies entirely outside the organ")
-  {
-    throw Error(options.tumour, "lies entirely outside the organ");
-  }
-  if (what == "Portal tree holds no portal vein with centre-line points")
-  {
-    throw Error(options.portal, "holds no portal vein with centre-line points");
-  }
-  if (what == "Hepatic tree holds no hepatic vein with centre-line points")
-  {
-    throw Error(options.hepatic, "holds no hepatic vein with centre-line points");
-  }
-  if (what == "No vessel is marked to be resected or at risk")
-  {
-    throw Error(options.hepatic.empty() ? options.portal : options.portal + ", " + options.hepatic,
-                "no vessel is marked to be resected or at risk (set resection statuses with \"arbo label ... "
-                "--status resect\" or in \"arbo view\")");
-  }
-  if (what == "The cutting plane misses the organ")
-  {
-    throw Error(options.plane, "misses the organ: every organ voxel lies on one side of it");
-  }
-  if (what.rfind("Organ segmentation", 0) == 0)
-  {
-    throw Error(options.organ, "is not an organ segmentation: it must be a 3-D unsigned 8-bit image");
-  }
-  throw Error(options.portal, what);
+  throwResectionError(what, { options.organ, options.portal, options.hepatic, options.tumour, options.plane });
 }
 
 lumo::Image::Pointer
@@ -330,6 +299,64 @@ writeResults(const std::vector<Result> & results)
   }
 }
 
+/** The node name of a result file: its name without the format's ending ("risk-2.5mm.nrrd" -> "risk-2.5mm"). */
+std::string
+resultName(const std::string & file)
+{
+  return std::filesystem::path(stemOf(file)).filename().string();
+}
+
+/** Adds the proposals to the scene: each resection image with its descriptor and the resection colours, sourced
+ *  from the command's inputs; its surfaces and plan tree sourced from the image. */
+void
+addToScene(lumo::DataStorage * scene,
+           const ResectOptions & options,
+           lumo::Image * organ,
+           lumo::VesselTreeData * portal,
+           lumo::VesselTreeData * hepatic,
+           lumo::Image * tumour,
+           const std::vector<Result> & results)
+{
+  std::vector<std::pair<std::string, lumo::BaseData::Pointer>> inputs{ { nodeNameOf(options.organ), organ },
+                                                                       { nodeNameOf(options.portal), portal } };
+  if (hepatic != nullptr)
+  {
+    inputs.emplace_back(nodeNameOf(options.hepatic), hepatic);
+  }
+  if (tumour != nullptr && options.tumour != options.organ)
+  {
+    inputs.emplace_back(nodeNameOf(options.tumour), tumour);
+  }
+  if (!options.plane.empty())
+  {
+    inputs.emplace_back(nodeNameOf(options.plane), readData(options.plane));
+  }
+  // Surfaces in the resection colours, drawn as around trees: the remnant a veil, the parts taken see-through.
+  const auto colors = planningColourTable()->GetColorByResectionStatus();
+  std::vector<SceneResult> nodes;
+  for (const Result & result : results)
+  {
+    const std::string image = resultName(result.output);
+    nodes.push_back({ image, result.image.GetPointer(), resectionProperties(result.descriptor), {} });
+    for (std::size_t i = 0; i < result.surfaces.size(); ++i)
+    {
+      const int label = result.surfaceLabels[i];
+      lumo::Color color;
+      color.Set(colors[label][0], colors[label][1], colors[label][2]);
+      nodes.push_back({ resultName(result.surfaces[i].first),
+                        result.surfaces[i].second.GetPointer(),
+                        { { "color", lumo::ColorProperty::New(color).GetPointer() },
+                          { "opacity", lumo::FloatProperty::New(label == 2 ? 0.15f : 0.55f).GetPointer() } },
+                        { image } });
+    }
+    if (!result.tree.empty())
+    {
+      nodes.push_back({ resultName(result.tree), result.plan.GetPointer(), {}, { image } });
+    }
+  }
+  addResultsToScene(scene, options.scene, inputs, nodes);
+}
+
 Json
 part(std::size_t voxels, double voxelMillilitres, std::size_t organVoxels)
 {
@@ -384,6 +411,9 @@ resect(const ResectOptions & options, Context & context)
                 "cannot write a vessel tree as '" + formatExtension(options.treeOut) + "' (supported: .ves, .vtp)");
   }
 
+  // The scene is opened first: a scene that cannot be loaded or saved costs no calculation and writes nothing.
+  lumo::DataStorage::Pointer scene = options.scene.empty() ? nullptr : openSceneForUpdate(options.scene);
+
   // Label maps and other voxel types become the 8-bit masks the generators take.
   lumo::Image::Pointer organImage = readImage(options.organ, "an organ segmentation image");
   std::size_t maskVoxels = 0;
@@ -397,9 +427,10 @@ resect(const ResectOptions & options, Context & context)
     hepatic = readVesselTree(options.hepatic);
   }
   lumo::Image::Pointer tumour;
+  lumo::Image::Pointer tumourImage;
   if (!options.tumour.empty())
   {
-    lumo::Image::Pointer tumourImage = readImage(options.tumour, "a tumour mask image");
+    tumourImage = readImage(options.tumour, "a tumour mask image");
     tumour = tumourImage->GetDimension() == 3
                ? binaryMaskOf(tumourImage, options.tumour, options.tumourLabel, maskVoxels)
                : tumourImage;
@@ -558,6 +589,7 @@ resect(const ResectOptions & options, Context & context)
           (std::filesystem::path(options.surfaces) / (base + "-" + words[label] + "." + options.surfaceFormat))
             .string();
         result.surfaces.emplace_back(file, surface);
+        result.surfaceLabels.push_back(label);
       }
     }
     if (!result.tree.empty())
@@ -573,6 +605,15 @@ resect(const ResectOptions & options, Context & context)
     results.push_back(result);
   }
   writeResults(results);
+  if (scene)
+  {
+    addToScene(scene, options, organImage, portal, hepatic, tumourImage, results);
+    if (!context.quiet)
+    {
+      context.err << "arbo: added " << results.size() << " resection" << (results.size() == 1 ? "" : "s") << " to "
+                  << options.scene << "\n";
+    }
+  }
 
   const std::size_t organVoxels = generator->GetNumberOfOrganVoxels();
   const std::string resectedSide = cutter && cutter->GetResectedSide() < 0 ? "back" : "front";
@@ -752,6 +793,10 @@ addResectCommand(CLI::App & app, Context & context)
     ->check(CLI::IsMember({ "vtp", "stl", "obj" }))
     ->capture_default_str();
   command->add_option("--tree-out", options->treeOut, "Write the trees with the proposal's statuses (.ves, .vtp)");
+  command->add_option("--scene",
+                      options->scene,
+                      "Add the resection images (and the surfaces and plan trees written) to this scene (.rs, created "
+                      "when missing), with the organ, trees, tumour and plane as sources");
   command->add_flag("--json", options->json, "Print the results as JSON (for scripts)");
   command->add_option("--min-flr", options->minFlr, "FLR percent below which a note is printed")
     ->check(CLI::Range(0.0, 100.0))

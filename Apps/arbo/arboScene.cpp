@@ -4,6 +4,7 @@
 #include "arboError.h"
 #include "arboFiles.h"
 
+#include "lumoTemporaryFileGuard.h"
 #include "lumoArboCoreObjectFactory.h"
 #include "lumoCalyxSceneIO.h"
 #include "lumoCalyxSceneReaderV1.h"
@@ -335,7 +336,16 @@ nodeNameOf(const std::string & file)
 lumo::DataStorage::Pointer
 openSceneForUpdate(const std::string & path)
 {
+  if (!isSceneFile(path))
+  {
+    throw Error(path, "is not a scene file name (a scene file ends in .rs)");
+  }
   std::error_code ec;
+  const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+  if (!folder.empty() && !std::filesystem::is_directory(folder, ec))
+  {
+    throw Error(path, "the folder " + folder.string() + " does not exist");
+  }
   if (!std::filesystem::exists(path, ec))
   {
     registerFileTypes();
@@ -346,10 +356,10 @@ openSceneForUpdate(const std::string & path)
 }
 
 void
-addResultToScene(lumo::DataStorage * scene,
-                 const std::string & path,
-                 const std::vector<std::pair<std::string, lumo::BaseData::Pointer>> & inputs,
-                 const std::pair<std::string, lumo::BaseData::Pointer> & result)
+addResultsToScene(lumo::DataStorage * scene,
+                  const std::string & path,
+                  const std::vector<std::pair<std::string, lumo::BaseData::Pointer>> & inputs,
+                  const std::vector<SceneResult> & results)
 {
   auto findNode = [scene](const std::string & name) -> lumo::DataNode * {
     const lumo::DataStorage::SetOfObjects::ConstPointer all = scene->GetAll();
@@ -362,7 +372,7 @@ addResultToScene(lumo::DataStorage * scene,
     }
     return nullptr;
   };
-  auto sources = lumo::DataStorage::SetOfObjects::New();
+  std::vector<lumo::DataNode *> inputNodes;
   for (const auto & [name, data] : inputs)
   {
     lumo::DataNode * node = findNode(name);
@@ -372,18 +382,61 @@ addResultToScene(lumo::DataStorage * scene,
       scene->Add(added);
       node = added;
     }
-    sources->push_back(node);
+    inputNodes.push_back(node);
   }
-  if (lumo::DataNode * previous = findNode(result.first))
+  for (const SceneResult & result : results)
   {
-    scene->Remove(previous); // the result of an earlier run
+    auto sources = lumo::DataStorage::SetOfObjects::New();
+    for (const std::string & name : result.sources)
+    {
+      if (lumo::DataNode * node = findNode(name))
+      {
+        sources->push_back(node);
+      }
+    }
+    if (result.sources.empty())
+    {
+      for (lumo::DataNode * node : inputNodes)
+      {
+        sources->push_back(node);
+      }
+    }
+    if (lumo::DataNode * previous = findNode(result.name))
+    {
+      scene->Remove(previous); // the result of an earlier run
+    }
+    lumo::DataNode::Pointer node = sceneNode(result.name, result.data);
+    for (const auto & [key, property] : result.properties)
+    {
+      node->SetProperty(key, property);
+    }
+    scene->Add(node, sources);
   }
-  scene->Add(sceneNode(result.first, result.second), sources);
   CapturedMessages messages;
+  lumo::TemporaryFileGuard::InstallSignalHandlers();
   if (!lumo::CalyxSceneIO::New()->SaveScene(scene, path))
   {
     throw Error(path, "the scene could not be saved");
   }
+}
+
+std::vector<std::pair<std::string, lumo::BaseProperty::Pointer>>
+resectionProperties(lumo::BaseProperty * descriptor)
+{
+  const auto colors = planningColourTable()->GetColorByResectionStatus();
+  auto table = vtkSmartPointer<vtkLookupTable>::New();
+  table->SetNumberOfTableValues(5);
+  table->SetTableRange(0, 4);
+  table->SetTableValue(0, 0.0, 0.0, 0.0, 0.0); // outside the organ
+  for (int label = 1; label <= 4; ++label)
+  {
+    const auto & c = colors[label];
+    table->SetTableValue(label, c[0], c[1], c[2], 1.0);
+  }
+  auto lookupTable = lumo::LookupTable::New();
+  lookupTable->SetVtkLookupTable(table);
+  return { { "ResectionProposalDescriptor", descriptor },
+           { "LookupTable", lumo::LookupTableProperty::New(lookupTable).GetPointer() } };
 }
 
 lumo::VesselTreeLookupTable::Pointer

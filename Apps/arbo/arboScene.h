@@ -89,19 +89,37 @@ sceneNode(const std::string & name, lumo::BaseData * data);
 std::string
 nodeNameOf(const std::string & file);
 
-/** The scene a command adds its result to: the nodes of an existing scene file (throws arbo::Error when it cannot
- *  be loaded), or an empty storage when there is no such file yet. */
+/** The scene a command adds its results to: the nodes of an existing scene file (throws arbo::Error when it cannot
+ *  be loaded), or an empty storage when there is no such file yet. Throws arbo::Error as well when the path is no
+ *  scene file name (".rs" or ".RS") or its folder does not exist, so that a command can refuse before it writes
+ *  anything. */
 lumo::DataStorage::Pointer
 openSceneForUpdate(const std::string & path);
 
-/** Adds a command's result to the scene and saves it (atomically) as `path`: every input (a named file's data) is
- *  found by name in the scene or added; the result replaces any node of its name and has the inputs as sources.
- *  Throws arbo::Error when the scene cannot be saved. */
+/** A command's result as a node of a scene: its name and data, properties set on the node beyond sceneNode's
+ *  defaults, and the names of its sources (nodes of the scene or earlier results; empty: the command's inputs). */
+struct SceneResult
+{
+  std::string name;
+  lumo::BaseData::Pointer data;
+  std::vector<std::pair<std::string, lumo::BaseProperty::Pointer>> properties;
+  std::vector<std::string> sources;
+};
+
+/** Adds a command's results to the scene and saves it (atomically) as `path`: every input (a named file's data) is
+ *  found by name in the scene or added; each result, in order, replaces any node of its name and has its sources
+ *  (by default the inputs). Throws arbo::Error when the scene cannot be saved. */
 void
-addResultToScene(lumo::DataStorage * scene,
-                 const std::string & path,
-                 const std::vector<std::pair<std::string, lumo::BaseData::Pointer>> & inputs,
-                 const std::pair<std::string, lumo::BaseData::Pointer> & result);
+addResultsToScene(lumo::DataStorage * scene,
+                  const std::string & path,
+                  const std::vector<std::pair<std::string, lumo::BaseData::Pointer>> & inputs,
+                  const std::vector<SceneResult> & results);
+
+/** What marks an image node as a resection: its label descriptor ("ResectionProposalDescriptor") and the
+ *  resection colours as its "LookupTable" (labels 2 remnant, 3 resected, 4 at risk in the colours of
+ *  planningColourTable, 0 transparent). */
+std::vector<std::pair<std::string, lumo::BaseProperty::Pointer>>
+resectionProperties(lumo::BaseProperty * descriptor);
 
 /** The vessel colour table of arbo's pictures and windows: the toolkit's default colours, but for the resection
  *  statuses, whose default colours are random; a planner reads remnant green, resected red, at risk orange. */

@@ -10,6 +10,7 @@
 #include "lumoCalyxSceneReaderV1.h"
 #include "lumoDataStorage.h"
 #include "lumoResectionProposalDescriptorPropertySerializer.h"
+#include "lumoTemporaryFileGuard.h"
 
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
@@ -53,6 +54,24 @@ splitPair(const std::string & text, const std::string & what)
   return { text.substr(0, equals), text.substr(equals + 1) };
 }
 
+/** A property's text on one line: its lines joined by "; ", without their leading blanks or a final newline. */
+std::string
+oneLine(const std::string & text)
+{
+  std::string line;
+  std::istringstream lines(text);
+  for (std::string part; std::getline(lines, part);)
+  {
+    const std::size_t start = part.find_first_not_of(" \t\r");
+    if (start == std::string::npos)
+    {
+      continue;
+    }
+    line += (line.empty() ? "" : "; ") + part.substr(start);
+  }
+  return line;
+}
+
 void
 runCreate(const CreateOptions & options, Context & context)
 {
@@ -88,8 +107,11 @@ runCreate(const CreateOptions & options, Context & context)
     {
       try
       {
-        node->SetProperty("ResectionProposalDescriptor",
-                          lumo::ReadResectionProposalDescriptorFile(proposal.string()).GetPointer());
+        for (const auto & [key, property] :
+             resectionProperties(lumo::ReadResectionProposalDescriptorFile(proposal.string()).GetPointer()))
+        {
+          node->SetProperty(key, property);
+        }
       }
       catch (const itk::ExceptionObject & e)
       {
@@ -152,6 +174,8 @@ runCreate(const CreateOptions & options, Context & context)
   }
 
   CapturedMessages messages;
+  // An interrupt removes the scene's staged files; the earlier scene stays whole.
+  lumo::TemporaryFileGuard::InstallSignalHandlers();
   const bool saved = lumo::CalyxSceneIO::New()->SaveScene(storage, options.output);
   const std::string text = messages.text();
   if (!saved)
@@ -262,20 +286,21 @@ runInfo(const InfoOptions & options, Context & context)
                   << (entry["type"].get<std::string>().empty() ? "no data type" : entry["type"].get<std::string>())
                   << ", file " << (entry["file"].get<std::string>().empty() ? "-" : entry["file"].get<std::string>())
                   << (entry["loaded"].get<bool>() ? "" : " (not loaded)")
-                  << (entry["placed"].get<bool>() ? "" : " (not placed)") << "\n";
+                  << (entry["placed"].get<bool>() ? "" : " (not placed)");
+      // One line per node: sources and properties follow after " | ", a value of several lines joined by "; ".
       if (!entry["sources"].empty())
       {
-        context.out << "    sources:";
+        context.out << " | sources:";
         for (const Json & source : entry["sources"])
         {
           context.out << " " << source.get<std::string>();
         }
-        context.out << "\n";
       }
       for (const auto & [key, value] : entry["properties"].items())
       {
-        context.out << "    " << key << " = " << value.get<std::string>() << "\n";
+        context.out << " | " << key << " = " << oneLine(value.get<std::string>());
       }
+      context.out << "\n";
     }
   }
   for (const std::string & problem : problems)

@@ -3,11 +3,14 @@
 #include "arboDisplay.h"
 #include "arboError.h"
 #include "arboScene.h"
+#include "arboVesselSurface.h"
 #include "arboViewer.h"
 
 #include "lumoDisplay.h"
 
 #include <CLI/CLI.hpp>
+
+#include <optional>
 
 namespace arbo
 {
@@ -19,6 +22,8 @@ struct ViewOptions
   std::string size{ "1024x768" };
   std::string view{ "front" };
   std::string plane;
+  bool vesselSurface{ false };
+  std::optional<long> label;
 };
 
 void
@@ -26,6 +31,16 @@ runView(const ViewOptions & options, Context & context)
 {
   Viewer::Options viewerOptions;
   viewerOptions.files = options.files;
+  if (options.label && !options.vesselSurface)
+  {
+    throw Error("",
+                "--label " + std::to_string(*options.label) + ": the label of the vessel mask needs --vessel-surface");
+  }
+  if (options.vesselSurface)
+  {
+    viewerOptions.vesselMask = takeVesselMask(viewerOptions.files);
+    viewerOptions.vesselLabel = options.label;
+  }
   viewerOptions.view = options.view;
   viewerOptions.plane = options.plane;
   parseSize(options.size, viewerOptions.width, viewerOptions.height);
@@ -58,7 +73,8 @@ addViewCommand(CLI::App & app, Context & context)
                   "Examples:\n"
                   "  arbo view portal.ves hepatic.ves organ.nrrd\n"
                   "  arbo view organ.nrrd portal.ves --plane cut.mps\n"
-                  "  arbo view plan.rs");
+                  "  arbo view plan.rs\n"
+                  "  arbo view portal.nrrd portal.ves --vessel-surface");
   command->add_option("files", options->files, "Vessel trees (.ves), masks, label images and scenes (.rs)")
     ->required()
     ->check(CLI::ExistingFile);
@@ -70,6 +86,11 @@ addViewCommand(CLI::App & app, Context & context)
     ->check(CLI::IsMember(viewNames()));
   command->add_option("--plane", options->plane, "Control points of a cutting plane to edit (.mps)")
     ->check(CLI::ExistingFile);
+  command->add_flag("--vessel-surface",
+                    options->vesselSurface,
+                    "The first image is a vessel mask: show its surface coloured by the nearest vessel (t: tubes, "
+                    "centre lines, surface)");
+  command->add_option("--label", options->label, "With --vessel-surface: the vessels' label in a label map");
   command->callback([options, &context]() { runView(*options, context); });
 }
 } // namespace arbo

@@ -1,4 +1,5 @@
 #include "arboViewer.h"
+#include "arboVesselSurface.h"
 
 #include "arboAtomicFile.h"
 #include "arboError.h"
@@ -200,7 +201,7 @@ Viewer::helpText()
          "type:    p portal   h hepatic   a artery   b bile duct   u undefined\n"
          "segment: F1-F3 I-III   F4 IVa   F5 IVb   F6-F9 V-VIII   F10 none\n"
          "status:  r resect   k keep   w area at risk   0 undefined\n"
-         "x hide selected   v show all   t tubes/centre lines   c reset view   Tab next tree\n"
+         "x hide selected   v show all   t tubes/centre lines (/vessel surface)   c reset view   Tab next tree\n"
          "plane:   drag a handle: move a control point   i add one under the mouse   d remove the last grabbed\n"
          "         o place a plane through the organ's centre\n"
          "z undo   y redo   s save as *.edited.ves (*.plane.mps)   S twice: overwrite the originals (a scene: write it "
@@ -217,6 +218,11 @@ Viewer::Viewer(const Options & options, Context & context)
   if (m_Scene.trees.empty() && m_Scene.surfaces == 0)
   {
     throw Error("", "nothing to show");
+  }
+  if (!options.vesselMask.empty())
+  {
+    showVesselSurface(m_Scene, vesselMaskSurface(options.vesselMask, options.vesselLabel));
+    m_VesselSurface = true;
   }
   m_Edited.assign(m_Scene.trees.size(), false);
   m_Renderer->SetDataStorage(m_Scene.storage);
@@ -252,13 +258,30 @@ Viewer::Viewer(const Options & options, Context & context)
   lumo::YetAnotherVesselTreeInteractor::SetActiveVesselTree(m_Scene.trees.empty() ? nullptr : m_Scene.trees[0]);
   // The plane is read before anything is shown, so that a bad file costs no window.
   lumo::DeformablePlane::Pointer plane = options.plane.empty() ? nullptr : readPlane(options.plane);
-  setView(*m_Renderer, options.view);
+  {
+    CapturedMessages progress; // the vessel surface's mapper reports its progress on standard output
+    setView(*m_Renderer, options.view);
+  }
   say(m_Scene.trees.empty() ? "No vessel tree: nothing to select"
                             : "Active tree: " + m_Scene.treeFiles[0] + " (click a vessel; ? for help)");
   if (plane)
   {
     setUpPlane(plane);
   }
+}
+
+std::string
+Viewer::treeDrawing() const
+{
+  if (m_Scene.trees.empty())
+  {
+    return "tubes";
+  }
+  bool skeleton = false;
+  bool vesselSurface = false;
+  m_Scene.trees.front()->GetBoolProperty("Render skeleton", skeleton);
+  m_Scene.trees.front()->GetBoolProperty("Render vessel surface", vesselSurface);
+  return skeleton ? "centre lines" : (m_VesselSurface && vesselSurface ? "vessel surface" : "tubes");
 }
 
 std::string
@@ -587,6 +610,8 @@ Viewer::~Viewer()
 void
 Viewer::show()
 {
+  // The vessel surface's mapper reports its progress on standard output: not for the user of a window.
+  CapturedMessages progress;
   m_Renderer->Render();
 }
 
@@ -640,6 +665,7 @@ Viewer::say(const std::string & text)
 void
 Viewer::redraw()
 {
+  CapturedMessages progress;
   lumo::RenderingManager::GetInstance()->RequestUpdate(m_Renderer->GetRenderWindow());
   lumo::RenderingManager::GetInstance()->ExecutePendingRequests();
 }
@@ -871,13 +897,20 @@ Viewer::key(const std::string & keySymbol, bool shift)
   }
   else if (keySymbol == "t")
   {
-    bool skeleton = false;
+    // Tubes, centre lines and, with a vessel mask, its coloured surface, in turn.
+    const std::string now = treeDrawing();
+    const std::string next =
+      now == "tubes" ? "centre lines" : (now == "centre lines" && m_VesselSurface ? "vessel surface" : "tubes");
     for (const auto & node : m_Scene.trees)
     {
-      node->GetBoolProperty("Render skeleton", skeleton);
-      node->SetBoolProperty("Render skeleton", !skeleton);
+      node->SetBoolProperty("Render skeleton", next == "centre lines");
+      if (m_VesselSurface)
+      {
+        node->SetBoolProperty("Render vessel surface", next == "vessel surface");
+      }
     }
-    say(skeleton ? "Tubes" : "Centre lines");
+    say(next == "tubes" ? "Tubes"
+                        : (next == "centre lines" ? "Centre lines" : "Vessel surface, coloured by the nearest vessel"));
   }
   else if (keySymbol == "z" || keySymbol == "y")
   {

@@ -16,6 +16,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -38,6 +39,11 @@ public:
     std::string view{ "front" };
     /** Control points of a cutting plane (.mps); empty for none. */
     std::string plane;
+    /** A vessel mask whose surface, coloured by the nearest vessel of the one tree, t shows in turn with tubes and
+     *  centre lines (shown first); empty for none. Not among `files`. */
+    std::string vesselMask;
+    /** The vessels' label in the mask (a label map); none: every voxel other than 0. */
+    std::optional<long> vesselLabel;
   };
 
   /** Reads the files and sets the window up (nothing is drawn yet); throws arbo::Error. */
@@ -111,6 +117,9 @@ public:
   {
     return m_Quit;
   }
+  /** What the trees are drawn as: "tubes", "centre lines" or "vessel surface". */
+  std::string
+  treeDrawing() const;
   /** Index of the tree that clicks and keys work on. */
   std::size_t
   activeTree() const
@@ -176,6 +185,7 @@ private:
   itk::ModifiedTimeType m_PlaneTime{ 0 };
   bool m_PlaneEdited{ false };
   std::size_t m_HepaticTree{ 0 };
+  bool m_VesselSurface{ false };
 };
 } // namespace arbo
 

@@ -3,6 +3,7 @@
 
 #include <itkObjectFactory.h>
 #include "lumoDataNodeFactory.h"
+#include "lumoPropertyList.h"
 
 namespace lumo
 {
@@ -21,11 +22,22 @@ public:
   itkNewMacro(Self);
   itkTypeMacro(CalyxDataNodeFactory, DataNodeFactory);
 
+  /** Properties every output node takes before its data is set (a scene's saved list), so that defaults computed
+   *  from the data, like an image's level window from a scan of all voxels, are not computed when saved. Null (the
+   *  default) for none; each node gets copies of the list's properties. */
+  itkSetObjectMacro(InitialProperties, PropertyList);
+  itkGetConstObjectMacro(InitialProperties, PropertyList);
+
 protected:
   CalyxDataNodeFactory();
   ~CalyxDataNodeFactory() override;
   void
   PrintSelf(std::ostream & os, itk::Indent indent) const override;
+  void
+  PrepareNode(DataNode * node) override;
+
+private:
+  PropertyList::Pointer m_InitialProperties;
 };
 } // namespace lumo
 

@@ -236,7 +236,9 @@ CalyxSceneIO::SaveScene(DataStorage * storage, const NodePredicateBase * predica
   const bool replacing = fs::exists(filename, error);
   m_StagingPrefix = ".~" + UIDGenerator("", 8).GetUID() + "_";
   m_StagedFiles.clear();
+  m_StagedGuards.clear();
   m_UsedFileNames.clear();
+  m_OwnedFileNames.clear();
   m_DataFileFailed = false;
   // The scene file's own name is taken: no data file may replace it.
   m_UsedFileNames.insert(ToLower(fs::path(filename).filename().string()));
@@ -248,8 +250,24 @@ CalyxSceneIO::SaveScene(DataStorage * storage, const NodePredicateBase * predica
       fs::remove(temporary, ignored);
     }
     m_StagedFiles.clear();
+    m_StagedGuards.clear();
     m_StagingPrefix.clear();
   };
+
+  // The files the previous version of this scene references are its own: they may be replaced, and those the new
+  // version no longer names are removed after the save. Any other file of the folder (an input beside the scene,
+  // another scene's file) is never written over: data files take other names.
+  std::set<std::string> previousFiles;
+  if (replacing)
+  {
+    tinyxml2::XMLDocument previous;
+    if (fs::file_size(filename, error) <= MaximumSceneFileSize && !error &&
+        previous.LoadFile(filename.c_str()) == tinyxml2::XML_SUCCESS)
+    {
+      previousFiles = ReferencedFiles(previous);
+    }
+  }
+  m_OwnedFileNames = previousFiles;
 
   tinyxml2::XMLDocument document;
   this->AppendDeclarationAndVersion(document);
@@ -314,6 +332,7 @@ CalyxSceneIO::SaveScene(DataStorage * storage, const NodePredicateBase * predica
 
   const std::string sceneName = fs::path(filename).filename().string();
   const std::string stagedScene = directory + "/" + m_StagingPrefix + sceneName;
+  m_StagedGuards.push_back(std::make_unique<TemporaryFileGuard>(stagedScene));
   if (!this->WriteDocument(document, stagedScene))
   {
     LUMO_SCENE_REPORT("Could not write the scene file " + filename + "; the previous scene is kept.");
@@ -322,19 +341,9 @@ CalyxSceneIO::SaveScene(DataStorage * storage, const NodePredicateBase * predica
     return false;
   }
 
-  // What the previous version referenced, for removing its orphans once the new one is in place.
-  std::set<std::string> previousFiles;
-  if (replacing)
-  {
-    tinyxml2::XMLDocument previous;
-    if (fs::file_size(filename, error) <= MaximumSceneFileSize && !error &&
-        previous.LoadFile(filename.c_str()) == tinyxml2::XML_SUCCESS)
-    {
-      previousFiles = ReferencedFiles(previous);
-    }
-  }
-
-  // Commit: move replaced files aside, the new ones into place, then the scene file; undo on any failure.
+  // Commit: move replaced files aside, the new ones into place, then the scene file; undo on any failure. An
+  // interrupt waits until the scene is whole again, old or new.
+  const TemporaryFileGuard::DeferInterrupts deferred;
   std::vector<std::pair<std::string, std::string>> backups; // (backup, final)
   std::vector<std::string> placed;
   bool committed = true;
@@ -401,6 +410,7 @@ CalyxSceneIO::SaveScene(DataStorage * storage, const NodePredicateBase * predica
     }
   }
   m_StagedFiles.clear();
+  m_StagedGuards.clear();
   m_StagingPrefix.clear();
   return true;
 }
@@ -450,7 +460,7 @@ CalyxSceneIO::SaveBaseData(tinyxml2::XMLDocument & document, DataNode * node, co
 }
 
 std::string
-CalyxSceneIO::UniqueFileName(const std::string & name, const std::string & extension)
+CalyxSceneIO::UniqueFileName(const std::string & name, const std::string & extension, const std::string & directory)
 {
   // The stem keeps an accepted extension at its end: uniqueness numbers go before it.
   std::string stem = name;
@@ -460,8 +470,18 @@ CalyxSceneIO::UniqueFileName(const std::string & name, const std::string & exten
     stem = name.substr(0, name.size() - extension.size());
     suffix = name.substr(name.size() - extension.size());
   }
+  // Taken: a name this save already gave, or a file of the folder that the scene does not own.
+  auto taken = [this, &directory](const std::string & file) {
+    if (m_UsedFileNames.count(ToLower(file)) != 0)
+    {
+      return true;
+    }
+    std::error_code ignored;
+    return m_OwnedFileNames.count(file) == 0 &&
+           fs::symlink_status(fs::path(directory) / file, ignored).type() != fs::file_type::not_found;
+  };
   std::string candidate = stem + suffix;
-  for (int n = 2; m_UsedFileNames.count(ToLower(candidate)) != 0; ++n)
+  for (int n = 2; taken(candidate); ++n)
   {
     candidate = stem + "_" + std::to_string(n) + suffix;
   }
@@ -484,10 +504,15 @@ CalyxSceneIO::SaveDataFile(BaseData * data,
       extension = accepted;
     }
   }
-  const std::string fileName = EndsWithNoCase(name, extension) ? this->UniqueFileName(name, extension)
-                                                               : this->UniqueFileName(name + extension, extension);
+  const std::string fileName = EndsWithNoCase(name, extension)
+                                 ? this->UniqueFileName(name, extension, directory)
+                                 : this->UniqueFileName(name + extension, extension, directory);
   const std::string finalPath = directory + "/" + fileName;
   const std::string path = m_StagingPrefix.empty() ? finalPath : directory + "/" + m_StagingPrefix + fileName;
+  if (!m_StagingPrefix.empty())
+  {
+    m_StagedGuards.push_back(std::make_unique<TemporaryFileGuard>(path));
+  }
   try
   {
     this->WriteDataFile(data, path);

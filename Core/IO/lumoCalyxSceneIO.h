@@ -4,11 +4,13 @@
 #include "lumoDataStorage.h"
 #include "lumoNodePredicateBase.h"
 #include "lumoPropertyList.h"
+#include "lumoTemporaryFileGuard.h"
 
 #include <itkObject.h>
 #include <itkObjectFactory.h>
 
 #include <cstdint>
+#include <memory>
 #include <set>
 #include <string>
 #include <utility>
@@ -47,9 +49,12 @@ class CalyxSceneReaderV1;
  *
  *  Saving: every node whose "helper object" is not true and that the storage manages. Data files are named after
  *  the node's "name", cleaned into a safe file name (no path separators, no leading dots, no control characters, at
- *  most 120 bytes) and made unique within the scene; a node without a usable name gets "CalyxSceneObject_" + 5
- *  random characters. The type's extension is appended unless the name already ends in an accepted one (".pic"
- *  for images; ".vtp", ".vtk" or ".stl" for surfaces, which also selects the format; ".mps"; ".ves").
+ *  most 120 bytes) and made unique within the scene and against every file of the folder that the scene does not
+ *  own (the files its previous version names are its own), so that no input beside the scene and no other scene's
+ *  file is written over ("organ.pic" there: the node "organ" writes "organ_2.pic"); a node without a usable name
+ *  gets "CalyxSceneObject_" + 5 random characters. The type's extension is appended unless the name already ends in an
+ * accepted one (".pic" for images; ".vtp", ".vtk" or ".stl" for surfaces, which also selects the format; ".mps";
+ * ".ves").
  *
  *  Every file is first written under a temporary name (".~" + random + "_" + final name) in the scene's folder and
  *  renamed into place only when all of them and the XML were written, so saving over an existing scene either
@@ -209,7 +214,7 @@ protected:
 
 private:
   std::string
-  UniqueFileName(const std::string & name, const std::string & extension);
+  UniqueFileName(const std::string & name, const std::string & extension, const std::string & directory);
   std::string
   SaveDataFile(BaseData * data,
                const std::string & name,
@@ -221,10 +226,14 @@ private:
 
   // Saving state: prefix of the temporary names in the folder ("" outside SaveScene: files go straight to their
   // names), the files written under temporary names (temporary path, final path), the file names used so far
-  // (lower case) and whether a data file failed.
+  // (lower case), the files of the folder the scene being replaced owns (those its previous version names) and
+  // whether a data file failed.
   std::string m_StagingPrefix;
   std::vector<std::pair<std::string, std::string>> m_StagedFiles;
+  // Keep the staged files on the list of what an interrupt removes, while they are staged.
+  std::vector<std::unique_ptr<TemporaryFileGuard>> m_StagedGuards;
   std::set<std::string> m_UsedFileNames;
+  std::set<std::string> m_OwnedFileNames;
   bool m_DataFileFailed{ false };
 };
 } // namespace lumo

@@ -149,6 +149,18 @@ DecodeLookupTable(const tinyxml2::XMLElement * element)
   {
     return nullptr;
   }
+  // A table is sized only for colours that are there: the count alone must not decide an allocation.
+  int present = 0;
+  for (const tinyxml2::XMLElement * entry = entries->FirstChildElement("RgbaColor");
+       entry != nullptr && present < numberOfColors;
+       entry = entry->NextSiblingElement("RgbaColor"))
+  {
+    ++present;
+  }
+  if (present < numberOfColors)
+  {
+    return nullptr;
+  }
   vtkNew<vtkLookupTable> table;
   table->SetScale(scale);
   table->SetRamp(ramp);
@@ -409,6 +421,21 @@ CalyxSceneReaderV1::LoadSceneObject(const tinyxml2::XMLElement * element, const 
     id = m_IdGenerator.GetUID();
   }
 
+  // The saved properties first: the node takes the general ones before its data, so that defaults the data would
+  // compute (an image's level window from all its voxels) are not computed when the scene has them.
+  std::vector<std::pair<std::string, PropertyList::Pointer>> lists;
+  PropertyList::Pointer general;
+  for (const tinyxml2::XMLElement * list = element->FirstChildElement("PropertyList"); list != nullptr;
+       list = list->NextSiblingElement("PropertyList"))
+  {
+    const char * window = list->Attribute("RenderWindow");
+    lists.emplace_back(window == nullptr ? "" : window, DecodePropertyList(list));
+    if (window == nullptr)
+    {
+      general = lists.back().second;
+    }
+  }
+
   DataNode::Pointer node;
   if (const char * file = element->Attribute("file"))
   {
@@ -425,6 +452,7 @@ CalyxSceneReaderV1::LoadSceneObject(const tinyxml2::XMLElement * element, const 
       {
         CalyxDataNodeFactory::Pointer factory = CalyxDataNodeFactory::New();
         factory->SetFileName(path);
+        factory->SetInitialProperties(general);
         factory->Update();
         node = factory->GetOutput();
         if (node.IsNull() || node->GetData() == nullptr)
@@ -456,10 +484,13 @@ CalyxSceneReaderV1::LoadSceneObject(const tinyxml2::XMLElement * element, const 
       sources.emplace_back(uid);
     }
   }
-  for (const tinyxml2::XMLElement * list = element->FirstChildElement("PropertyList"); list != nullptr;
-       list = list->NextSiblingElement("PropertyList"))
+  // Again after the data: the saved values win over the data's defaults and the name taken from the file.
+  for (const auto & [renderer, list] : lists)
   {
-    ApplyPropertyList(node, list);
+    for (const auto & [key, property] : *list->GetMap())
+    {
+      node->ReplaceProperty(key, property, renderer);
+    }
   }
   return node;
 }

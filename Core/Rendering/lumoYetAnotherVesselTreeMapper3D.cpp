@@ -60,7 +60,7 @@ YetAnotherVesselTreeMapper3D::GenerateData()
     this->GenerateSkeleton();
     this->GenerateSurface();
   }
-  m_PolyDataMapper->SetInputData(this->IsSkeletonRendered() ? m_Skeleton : m_Surface);
+  m_PolyDataMapper->SetInputData(this->GetRenderedPolyData());
   if (input->GetAttributesMTime() <= m_ColorTimeStamp.GetMTime())
   {
     itkWarningMacro("Strange: generate data was called, but vessels seem to be up to date!");
@@ -77,7 +77,7 @@ YetAnotherVesselTreeMapper3D::GenerateData()
 void
 YetAnotherVesselTreeMapper3D::GenerateDataForRenderer(BaseRenderer * renderer)
 {
-  m_PolyDataMapper->SetInputData(this->IsSkeletonRendered() ? m_Skeleton : m_Surface);
+  m_PolyDataMapper->SetInputData(this->GetRenderedPolyData());
   if (!this->IsVisible(renderer))
   {
     m_Actor->VisibilityOff();
@@ -329,6 +329,12 @@ YetAnotherVesselTreeMapper3D::UpdateColors()
   {
     m_PolyDataMapper->Update();
   }
+}
+
+vtkPolyData *
+YetAnotherVesselTreeMapper3D::GetRenderedPolyData() const
+{
+  return this->IsSkeletonRendered() ? m_Skeleton : m_Surface;
 }
 
 bool

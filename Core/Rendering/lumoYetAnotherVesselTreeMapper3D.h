@@ -93,7 +93,8 @@ public:
   /** The build steps, public so that tests and benchmarks can run them one by one. */
   void
   GenerateSkeleton();
-  void
+  /** Tubes and end spheres, appended; subclasses may put another surface in the surface slot. */
+  virtual void
   GenerateSurface();
   void
   GenerateTubes();
@@ -113,6 +114,10 @@ protected:
 
   void
   PrintSelf(std::ostream & os, itk::Indent indent) const override;
+
+  /** What the poly data mapper draws: the skeleton when "Render skeleton" is set, else the surface. */
+  virtual vtkPolyData *
+  GetRenderedPolyData() const;
 
 private:
   vtkSmartPointer<vtkPolyData> m_Skeleton;

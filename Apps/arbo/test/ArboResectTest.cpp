@@ -1,10 +1,14 @@
 #include "ArboTestSupport.h"
 
 #include "ArVesselTree.h"
+#include "lumoCalyxSceneIO.h"
+#include "lumoDataStorage.h"
 #include "lumoImageIO.h"
+#include "lumoResectionProposalDescriptorPropertySerializer.h"
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <array>
 #include <fstream>
 #include <locale>
@@ -641,4 +645,160 @@ TEST_F(ArboResectTest, OrganAndTumourFromOneSixteenBitLabelMap)
                   "-o",
                   path("risk.nrrd") },
                 "arbo: " + path("labels.nrrd") + ": label 5 does not occur (labels present: 1, 3)");
+}
+
+// --scene: the proposal joins a plan saved as one scene, with its inputs as sources.
+class ArboResectSceneTest : public ArboResectTest
+{
+protected:
+  std::vector<std::string>
+  resect(const std::string & margins, const std::string & scene)
+  {
+    return { "resect",          path("organ.nrrd"),  path("portal.ves"), "--hepatic", path("hepatic.ves"),
+             "--tumour",        path("tumour.nrrd"), "--margin",         margins,     "-o",
+             path("risk.nrrd"), "--tree-out",        path("plan.ves"),   "--scene",   scene };
+  }
+
+  std::vector<std::string>
+  folder(const std::string & name) const
+  {
+    std::vector<std::string> names;
+    for (const auto & entry : std::filesystem::directory_iterator(path(name)))
+    {
+      names.push_back(entry.path().filename().string());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+};
+
+TEST_F(ArboResectSceneTest, ANewSceneGainsTheProposalWithItsDescriptorAndColours)
+{
+  std::filesystem::create_directory(path("plan"));
+  ArboRun run = runArbo(resect("2", path("plan/plan.rs")));
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_NE(run.err.find("arbo: added 1 resection to " + path("plan/plan.rs") + "\n"), std::string::npos) << run.err;
+
+  run = runArbo({ "scene", "info", path("plan/plan.rs"), "--json" });
+  ASSERT_EQ(run.status, 0) << run.err;
+  const nlohmann::json json = nlohmann::json::parse(run.out);
+  ASSERT_EQ(json["nodes"].size(), 6u);
+  std::vector<std::string> names;
+  for (const auto & node : json["nodes"])
+  {
+    names.push_back(node["name"]);
+  }
+  EXPECT_EQ(names, (std::vector<std::string>{ "organ", "portal", "hepatic", "tumour", "risk", "plan" }));
+  const auto & risk = json["nodes"][4];
+  EXPECT_EQ(risk["type"], "image");
+  EXPECT_EQ(risk["file"], "risk.pic");
+  EXPECT_EQ(risk["sources"],
+            nlohmann::json::array(
+              { json["nodes"][0]["id"], json["nodes"][1]["id"], json["nodes"][2]["id"], json["nodes"][3]["id"] }));
+  EXPECT_EQ(risk["properties"].value("LookupTable", ""), "5 colors");
+  const std::string descriptor = risk["properties"].value("ResectionProposalDescriptor", "");
+  EXPECT_EQ(descriptor.rfind("Resection proposal: Safety margin 2 mm\n", 0), 0u) << descriptor;
+  EXPECT_EQ(json["nodes"][5]["type"], "vesseltree");
+  EXPECT_EQ(json["nodes"][5]["sources"], nlohmann::json::array({ risk["id"] }));
+  EXPECT_EQ(folder("plan"),
+            (std::vector<std::string>{
+              "hepatic.ves", "organ.pic", "plan.rs", "plan.ves", "portal.ves", "risk.pic", "tumour.pic" }));
+
+  // Reopened, the descriptor is the one written beside the image, and the image's labels are the proposal's.
+  lumo::DataStorage::Pointer storage = lumo::DataStorage::New();
+  testing::internal::CaptureStdout();
+  const bool loaded = lumo::CalyxSceneIO::New()->LoadScene(storage, path("plan"), "plan.rs");
+  testing::internal::GetCapturedStdout();
+  ASSERT_TRUE(loaded);
+  lumo::DataNode * node = storage->GetNamedNode("risk");
+  ASSERT_NE(node, nullptr);
+  auto * saved =
+    dynamic_cast<lumo::ResectionProposalDescriptorProperty *>(node->GetProperty("ResectionProposalDescriptor"));
+  ASSERT_NE(saved, nullptr);
+  EXPECT_TRUE(saved->IsEqual(*lumo::ReadResectionProposalDescriptorFile(path("risk.proposal.xml"))));
+  EXPECT_EQ(labelsIn(path("plan/risk.pic")), "333333344444422222220");
+}
+
+TEST_F(ArboResectSceneTest, AnExistingSceneKeepsItsNodesAndTheProposalsAreReplaced)
+{
+  std::filesystem::create_directory(path("plan"));
+  ArboRun run =
+    runArbo({ "scene", "create", path("plan/plan.rs"), "organ=" + path("organ.nrrd"), "portal=" + path("portal.ves") });
+  ASSERT_EQ(run.status, 0) << run.err;
+  run = runArbo(resect("0,2", path("plan/plan.rs")));
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_NE(run.err.find("arbo: added 2 resections to "), std::string::npos) << run.err;
+  // Again: the proposals and their trees are replaced under their names, nothing is doubled or left behind.
+  run = runArbo(resect("0,2", path("plan/plan.rs")));
+  ASSERT_EQ(run.status, 0) << run.err;
+  run = runArbo({ "scene", "info", path("plan/plan.rs") });
+  ASSERT_EQ(run.status, 0) << run.err;
+  const nlohmann::json json = nlohmann::json::parse(runArbo({ "scene", "info", path("plan/plan.rs"), "--json" }).out);
+  std::vector<std::string> names;
+  for (const auto & node : json["nodes"])
+  {
+    names.push_back(node["name"]);
+  }
+  EXPECT_EQ(names,
+            (std::vector<std::string>{
+              "organ", "portal", "hepatic", "tumour", "risk-0mm", "plan-0mm", "risk-2mm", "plan-2mm" }));
+  EXPECT_EQ(folder("plan"),
+            (std::vector<std::string>{ "hepatic.ves",
+                                       "organ.pic",
+                                       "plan-0mm.ves",
+                                       "plan-2mm.ves",
+                                       "plan.rs",
+                                       "portal.ves",
+                                       "risk-0mm.pic",
+                                       "risk-2mm.pic",
+                                       "tumour.pic" }));
+  // The text form: one line per node, the descriptor's lines joined.
+  EXPECT_EQ(std::count(run.out.begin(), run.out.end(), '\n'), 9);
+  EXPECT_NE(
+    run.out.find(" | ResectionProposalDescriptor = Resection proposal: Safety margin 2 mm; Number of labels: 3; "
+                 "Label "),
+    std::string::npos)
+    << run.out;
+}
+
+TEST_F(ArboResectSceneTest, ABadSceneCostsNothingAndKeepsTheSceneAsItWas)
+{
+  expectRefused(resect("2", path("missing/plan.rs")),
+                "arbo: " + path("missing/plan.rs") + ": the folder " + path("missing") + " does not exist");
+  expectRefused(resect("2", path("plan.txt")),
+                "arbo: " + path("plan.txt") + ": is not a scene file name (a scene file ends in .rs)");
+  const std::string refused = "<?xml version=\"1.0\"?>\n<Version FileVersion=\"2\"/>\n";
+  writeFile(path("plan.rs"), refused);
+  m_Inputs = files();
+  expectRefused(resect("2", path("plan.rs")),
+                "arbo: " + path("plan.rs") + ": is not a scene that can be loaded (arbo scene info tells why)");
+  EXPECT_EQ(readFile(path("plan.rs")), refused);
+}
+
+TEST_F(ArboResectSceneTest, SurfacesJoinInTheResectionColoursWithTheImageAsSource)
+{
+  std::vector<std::string> arguments = resect("2", path("plan.rs"));
+  arguments.insert(arguments.end(), { "--surfaces", path("surfaces") });
+  ArboRun run = runArbo(arguments);
+  ASSERT_EQ(run.status, 0) << run.err;
+  const nlohmann::json json = nlohmann::json::parse(runArbo({ "scene", "info", path("plan.rs"), "--json" }).out);
+  ASSERT_EQ(json["nodes"].size(), 9u);
+  const auto & image = json["nodes"][4];
+  EXPECT_EQ(image["name"], "risk");
+  const std::vector<std::array<std::string, 4>> expected{ { "risk-remnant", "[0.3, 0.75, 0.35]", "0.15" },
+                                                          { "risk-resected", "[0.9, 0.15, 0.1]", "0.55" },
+                                                          { "risk-at-risk", "[1, 0.6, 0.05]", "0.55" } };
+  for (std::size_t i = 0; i < expected.size(); ++i)
+  {
+    const auto & node = json["nodes"][5 + i];
+    EXPECT_EQ(node["name"], expected[i][0]);
+    EXPECT_EQ(node["type"], "surface");
+    EXPECT_EQ(node["file"], expected[i][0] + ".vtp");
+    EXPECT_EQ(node["properties"].value("color", ""), expected[i][1]);
+    EXPECT_EQ(node["properties"].value("opacity", ""), expected[i][2]);
+    EXPECT_EQ(node["sources"], nlohmann::json::array({ image["id"] }));
+  }
+  // The plan tree's file: the tree written beside the scene by --tree-out is not the scene's to replace.
+  EXPECT_EQ(json["nodes"][8]["name"], "plan");
+  EXPECT_EQ(json["nodes"][8]["file"], "plan_2.ves");
 }

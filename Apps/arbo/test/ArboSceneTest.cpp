@@ -65,7 +65,12 @@ TEST_F(ArboScene, InfoNamesNodesThatDidNotLoadOrCouldNotBePlaced)
             std::string::npos)
     << run.err;
   EXPECT_NE(run.err.find("the path holds a '..' component"), std::string::npos) << run.err;
-  EXPECT_NE(run.out.find("  portal (A): vesseltree, file ../escape.ves (not loaded)\n"), std::string::npos) << run.out;
+  EXPECT_NE(run.out.find("  portal (A): vesseltree, file ../escape.ves (not loaded) | name = portal\n"),
+            std::string::npos)
+    << run.out;
+  EXPECT_NE(run.out.find("  cut (B): no data type, file - (not placed) | sources: GONE | name = cut\n"),
+            std::string::npos)
+    << run.out;
 }
 
 TEST_F(ArboScene, RefusedScenesAndBadArguments)
@@ -114,4 +119,24 @@ TEST_F(ArboScene, HiddenNodesAreSavedNotVisible)
   const Json json = Json::parse(run.out);
   ASSERT_EQ(json["nodes"].size(), 1u);
   EXPECT_EQ(json["nodes"][0]["properties"]["visible"], "false");
+}
+
+TEST_F(ArboScene, AnInputBesideTheSceneIsNeverWrittenOver)
+{
+  // The node "portal" would write portal.ves, the very file it was read from: it takes another name.
+  std::filesystem::copy_file(dataFile("sample-portal.ves"), path("portal.ves"));
+  const std::string input = readFile(path("portal.ves"));
+  writeFile(path("portal_2.ves"), "not a tree, and not the scene's");
+  for (int run = 0; run < 2; ++run) // the second saves over the first, replacing its own file
+  {
+    const ArboRun created = runArbo({ "scene", "create", path("plan.rs"), path("portal.ves") });
+    ASSERT_EQ(created.status, 0) << created.err;
+    EXPECT_EQ(readFile(path("portal.ves")), input);
+    EXPECT_EQ(readFile(path("portal_2.ves")), "not a tree, and not the scene's");
+    EXPECT_EQ(files(), (std::vector<std::string>{ "plan.rs", "portal.ves", "portal_2.ves", "portal_3.ves" })) << run;
+  }
+  const Json json = Json::parse(runArbo({ "scene", "info", path("plan.rs"), "--json" }).out);
+  ASSERT_EQ(json["nodes"].size(), 1u);
+  EXPECT_EQ(json["nodes"][0]["file"], "portal_3.ves");
+  EXPECT_EQ(json["nodes"][0]["loaded"], true);
 }

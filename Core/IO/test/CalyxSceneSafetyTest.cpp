@@ -385,3 +385,40 @@ TEST(CalyxSceneAtomicSave, FilesOfOtherScenesInTheFolderAreKept)
             (std::set<std::string>{
               "plan.rs", "other.rs", "notes.txt", "organ.vtp", "portal.ves", "territories.pic", "plane.mps" }));
 }
+
+TEST(CalyxSceneAtomicSave, FilesTheSceneDoesNotOwnAreNeverWrittenOver)
+{
+  // An input beside the scene with the name the node "organ" would write: the node takes another name.
+  lumotest::TemporaryDirectory folder;
+  const std::string scene = (folder.Path() / "plan.rs").string();
+  WriteText(folder.Path() / "organ.vtp", "the organ as given");
+  testing::internal::CaptureStdout();
+  ASSERT_TRUE(CalyxSceneIO::New()->SaveScene(MakePlan(0), scene));
+  testing::internal::GetCapturedStdout();
+  EXPECT_EQ(ReadText(folder.Path() / "organ.vtp"), "the organ as given");
+  EXPECT_EQ(Entries(folder.Path()),
+            (std::set<std::string>{ "plan.rs", "organ.vtp", "organ_2.vtp", "portal.ves", "plane.mps" }));
+  tinyxml2::XMLDocument document;
+  ASSERT_EQ(document.LoadFile(scene.c_str()), tinyxml2::XML_SUCCESS);
+  EXPECT_STREQ(document.FirstChildElement("SceneObject")->Attribute("file"), "organ_2.vtp");
+  EXPECT_EQ(Describe(folder.Path(), "plan.rs").count("organ:Surface:0.500000"), 1u);
+
+  // A re-save replaces the scene's own files under their names; a file that appeared meanwhile under a name a new
+  // node would take is not the scene's, and neither is a link.
+  WriteText(folder.Path() / "elsewhere.txt", "linked to");
+  fs::create_symlink(folder.Path() / "elsewhere.txt", folder.Path() / "territories.pic");
+  testing::internal::CaptureStdout();
+  ASSERT_TRUE(CalyxSceneIO::New()->SaveScene(MakePlan(1), scene));
+  testing::internal::GetCapturedStdout();
+  EXPECT_EQ(ReadText(folder.Path() / "organ.vtp"), "the organ as given");
+  EXPECT_EQ(ReadText(folder.Path() / "elsewhere.txt"), "linked to");
+  EXPECT_TRUE(fs::is_symlink(folder.Path() / "territories.pic"));
+  EXPECT_EQ(
+    Entries(folder.Path()),
+    (std::set<std::string>{
+      "plan.rs", "organ.vtp", "organ_2.vtp", "portal.ves", "territories.pic", "territories_2.pic", "elsewhere.txt" }));
+  const std::set<std::string> loaded = Describe(folder.Path(), "plan.rs");
+  EXPECT_EQ(loaded.count("loaded"), 1u);
+  EXPECT_EQ(loaded.count("organ:Surface:0.250000"), 1u);
+  EXPECT_EQ(loaded.count("territories:Image:-1.000000") + loaded.count("territories:Image:1.000000"), 1u);
+}

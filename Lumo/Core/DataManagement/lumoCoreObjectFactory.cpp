@@ -172,16 +172,21 @@ CoreObjectFactory::SetDefaultProperties(DataNode * node)
   {
     node->AddProperty("color", ColorProperty::New(1.0f, 1.0f, 1.0f));
     node->AddProperty("binary", BoolProperty::New(false));
-    double minimum = 0.0;
-    double maximum = 255.0;
-    LevelWindow levelWindow;
-    if (image->GetScalarRange(minimum, maximum))
+    // The default level window scans every voxel for the range: not done when the node already has one (a
+    // scene's saved level window), which the default would not replace anyway.
+    if (node->GetProperty("levelwindow") == nullptr)
     {
-      levelWindow.SetRangeMinMax(minimum, maximum);
-      levelWindow.SetWindowBounds(minimum, maximum);
-      levelWindow.SetDefaultLevelWindow(levelWindow.GetLevel(), levelWindow.GetWindow());
+      double minimum = 0.0;
+      double maximum = 255.0;
+      LevelWindow levelWindow;
+      if (image->GetScalarRange(minimum, maximum))
+      {
+        levelWindow.SetRangeMinMax(minimum, maximum);
+        levelWindow.SetWindowBounds(minimum, maximum);
+        levelWindow.SetDefaultLevelWindow(levelWindow.GetLevel(), levelWindow.GetWindow());
+      }
+      node->AddProperty("levelwindow", LevelWindowProperty::New(levelWindow));
     }
-    node->AddProperty("levelwindow", LevelWindowProperty::New(levelWindow));
   }
   else if (dynamic_cast<Surface *>(data))
   {

@@ -168,10 +168,15 @@ DataNodeFactory::SetOutputData(const std::vector<BaseData::Pointer> & data)
     DataNode::Pointer node = DataNode::New();
     node->SetName(name);
     node->SetStringProperty("path", path);
+    this->PrepareNode(node);
     node->SetData(data[i]);
     this->SetNthOutput(i, node);
   }
 }
+
+void
+DataNodeFactory::PrepareNode(DataNode *)
+{}
 
 void
 DataNodeFactory::PrintSelf(std::ostream & os, itk::Indent indent) const

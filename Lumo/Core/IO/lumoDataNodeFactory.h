@@ -79,6 +79,11 @@ protected:
   /** Hands the data objects to output nodes (output count = data count). */
   void
   SetOutputData(const std::vector<BaseData::Pointer> & data);
+  /** Called for each new output node after its name and "path" are set and before its data is: a subclass can put
+   *  properties on the node that the data's defaults then keep (defaults never replace a property). Does nothing
+   *  here. */
+  virtual void
+  PrepareNode(DataNode * node);
 
   std::string m_FileName;
   std::string m_FilePrefix;
