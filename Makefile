@@ -3,8 +3,11 @@ BUILD_DIR ?= build
 ASAN_DIR ?= build-asan
 JOBS ?= $(shell nproc)
 DEMO_DIR ?= demo-out
+FUZZ_DIR ?= $(ASAN_DIR)
+FUZZ_SECONDS ?= 60
+FUZZ_SMOKE_SECONDS ?= 20
 
-.PHONY: all deps configure build test sanitize-test unit-test demo bench format clean
+.PHONY: all deps configure build test sanitize-test unit-test demo bench format clean fuzz fuzz-build fuzz-smoke
 
 all: build
 
@@ -17,18 +20,24 @@ configure: deps
 build: configure
 	@cmake --build $(BUILD_DIR) -j $(JOBS)
 
-# The parser and tree tests again under AddressSanitizer and UndefinedBehaviorSanitizer.
+# The parser and tree tests again under AddressSanitizer and UndefinedBehaviorSanitizer. Built with clang, which
+# compiles this pass about twice as fast as gcc and builds the fuzz targets from the same objects.
 sanitize-test: deps
-	@cmake -S . -B $(ASAN_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Release -DLUMO_SANITIZE=ON -DLUMO_BUILD_BENCHMARKS=OFF >/dev/null
-	@cmake --build $(ASAN_DIR) --target lumo_sanitize_tests -j $(JOBS)
+	@CC=clang CXX=clang++ cmake -S . -B $(ASAN_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Release -DLUMO_SANITIZE=ON \
+	  -DLUMO_BUILD_FUZZERS=ON -DLUMO_BUILD_BENCHMARKS=OFF >/dev/null
+	@cmake --build $(ASAN_DIR) --target lumo_sanitize_tests lumo_fuzzers -j $(JOBS)
 	@ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
 	  ctest --test-dir $(ASAN_DIR) -L sanitize --output-on-failure -j $(JOBS)
 
 unit-test: build
 	@ctest --test-dir $(BUILD_DIR) --output-on-failure -j $(JOBS)
 
-# Sanitizer pass first, so that the last summary line is the whole suite's.
-test: sanitize-test unit-test
+# Every fuzz target for FUZZ_SMOKE_SECONDS over its seeds and regression inputs.
+fuzz-smoke: sanitize-test
+	@bash Testing/Fuzz/run-fuzzers $(ASAN_DIR) $(FUZZ_SMOKE_SECONDS)
+
+# Sanitizer pass and fuzz smoke runs first, so that the last summary line is the whole suite's.
+test: sanitize-test fuzz-smoke unit-test
 
 demo: build
 	@bash scripts/demo $(BUILD_DIR) $(DEMO_DIR)
@@ -40,7 +49,17 @@ format:
 	@git ls-files '*.h' '*.cpp' '*.hxx' '*.txx' | xargs clang-format -i
 
 clean:
-	@rm -rf $(BUILD_DIR) $(ASAN_DIR) $(DEMO_DIR)
+	@rm -rf $(BUILD_DIR) $(ASAN_DIR) $(DEMO_DIR) $(FUZZ_DIR) $(COHORT_DIR)
+
+# The libFuzzer targets (clang, AddressSanitizer and UndefinedBehaviorSanitizer), each run for FUZZ_SECONDS; a finding
+# fails and its reproducer stays in $(FUZZ_DIR)/Testing/Fuzz/findings/ (docs/fuzzing.md).
+fuzz-build: deps
+	@CC=clang CXX=clang++ cmake -S . -B $(FUZZ_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Release -DLUMO_SANITIZE=ON \
+	  -DLUMO_BUILD_FUZZERS=ON -DLUMO_BUILD_BENCHMARKS=OFF >/dev/null
+	@cmake --build $(FUZZ_DIR) --target lumo_fuzzers -j $(JOBS)
+
+fuzz: fuzz-build
+	@bash Testing/Fuzz/run-fuzzers $(FUZZ_DIR) $(FUZZ_SECONDS)
 
 # The cohort workflow on a test cohort of phantoms (made once in $(COHORT_DIR)/CASES); reruns do only what changed.
 COHORT_DIR ?= cohort-out

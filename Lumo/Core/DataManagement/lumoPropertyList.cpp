@@ -33,7 +33,8 @@ PropertyList::SetProperty(const std::string & key, BaseProperty * property)
     {
       return;
     }
-    if (typeid(*it->second) == typeid(*property))
+    const BaseProperty & existing = *it->second;
+    if (typeid(existing) == typeid(*property))
     {
       if (!it->second->IsEqual(*property))
       {
