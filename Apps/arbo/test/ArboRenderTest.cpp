@@ -261,19 +261,7 @@ mps(const std::vector<std::array<double, 3>> & points)
 int
 cyanPixels(const std::string & png)
 {
-  auto reader = vtkSmartPointer<vtkPNGReader>::New();
-  reader->SetFileName(png.c_str());
-  reader->Update();
-  vtkImageData * image = reader->GetOutput();
-  const int * dims = image->GetDimensions();
-  const int components = image->GetNumberOfScalarComponents();
-  const auto * pixel = static_cast<const unsigned char *>(image->GetScalarPointer());
-  int count = 0;
-  for (int i = 0; i < dims[0] * dims[1]; ++i, pixel += components)
-  {
-    count += (pixel[1] - pixel[0] > 40 && pixel[2] - pixel[0] > 40) ? 1 : 0;
-  }
-  return count;
+  return countPixels(png, [](int red, int green, int blue) { return green - red > 40 && blue - red > 40; });
 }
 } // namespace
 

@@ -12,11 +12,9 @@
 #include "RenderedVesselTree.h"
 #include "TubeMask.h"
 
-#include <vtkCommand.h>
 #include <vtkImageData.h>
 #include <vtkPNGReader.h>
 #include <vtkPolyData.h>
-#include <vtkRenderWindowInteractor.h>
 
 #include <iostream>
 
@@ -102,26 +100,6 @@ protected:
     return viewer;
   }
 
-  static void
-  click(arbo::Viewer & viewer, double x, double y, double z)
-  {
-    vtkRenderer * r = viewer.renderer()->GetVtkRenderer();
-    r->SetWorldPoint(x, y, z, 1.0);
-    r->WorldToDisplay();
-    double display[3];
-    r->GetDisplayPoint(display);
-    vtkRenderWindowInteractor * window = viewer.windowInteractor();
-    window->SetEventInformation(static_cast<int>(std::lround(display[0])), static_cast<int>(std::lround(display[1])));
-    window->InvokeEvent(vtkCommand::LeftButtonPressEvent);
-    window->InvokeEvent(vtkCommand::LeftButtonReleaseEvent);
-  }
-  static void
-  press(arbo::Viewer & viewer, const char * keySymbol)
-  {
-    vtkRenderWindowInteractor * window = viewer.windowInteractor();
-    window->SetEventInformation(0, 0, 0, 0, keySymbol[1] == '\0' ? keySymbol[0] : 0, 1, keySymbol);
-    window->InvokeEvent(vtkCommand::KeyPressEvent);
-  }
   static std::vector<std::int32_t>
   activeVessels(const arbo::Viewer & viewer)
   {
@@ -160,15 +138,15 @@ TEST_F(ArboVesselSurface, ViewerShowsTheColouredSurfaceAndPicksOnIt)
 
   // 4 mm beside vessel 2's centre line: on the 6 mm mask surface, off its 2 mm tube.
   const double beside[3] = { 50 + 4 * 15 / std::hypot(15.0, 10.0), 15 - 4 * 10 / std::hypot(15.0, 10.0), 0 };
-  click(*viewer, beside[0], beside[1], 6);
+  click(*viewer, at(*viewer, beside[0], beside[1], 6));
   EXPECT_EQ(activeVessels(*viewer), std::vector<std::int32_t>{ 2 });
 
   press(*viewer, "t");
   EXPECT_EQ(viewer->statusText(), "Tubes");
   EXPECT_EQ(mapper->GetPolyDataMapper()->GetInput(), mapper->GetSurface());
-  click(*viewer, 55, -22.5, 2); // on vessel 3's tube
+  click(*viewer, at(*viewer, 55, -22.5, 2)); // on vessel 3's tube
   EXPECT_EQ(activeVessels(*viewer), std::vector<std::int32_t>{ 3 });
-  click(*viewer, beside[0], beside[1], 6); // beside the tube now: vessel 2 is not hit
+  click(*viewer, at(*viewer, beside[0], beside[1], 6)); // beside the tube now: vessel 2 is not hit
   EXPECT_NE(activeVessels(*viewer), std::vector<std::int32_t>{ 2 });
   press(*viewer, "t");
   EXPECT_EQ(viewer->statusText(), "Centre lines");
