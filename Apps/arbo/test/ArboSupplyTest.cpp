@@ -1,4 +1,5 @@
 #include "ArboTestSupport.h"
+#include "VesselTestTree.h"
 
 #include "ArVesselTree.h"
 #include "lumoImageAccess.h"
@@ -10,45 +11,18 @@
 #include <locale>
 
 using namespace arbo_test;
+using vessel_test::makeStar;
+using vessel_test::VesselRecipe;
 
 namespace
 {
-struct VesselRecipe
-{
-  int id;
-  int type;
-  int segment;
-  int status;
-  std::vector<VesselPoint> points;
-};
-
 void
 writeTree(const std::string & file, const std::vector<VesselRecipe> & vessels)
 {
-  LinkedVesselTree tree;
-  for (const VesselRecipe & recipe : vessels)
-  {
-    ar<Vessel> vessel(new Vessel());
-    vessel->setVesselId(recipe.id);
-    vessel->getProperties().setBloodVesselType(recipe.type);
-    vessel->getProperties().setSegmentType(recipe.segment);
-    vessel->getProperties().setResectionStatus(recipe.status);
-    for (const VesselPoint & p : recipe.points)
-    {
-      vessel->appendPoint(p);
-    }
-    if (!tree.hasRoot())
-    {
-      tree.setRoot(vessel);
-    }
-    else
-    {
-      tree.getRootNode()->addChild(new VesselNode(tree.getRootNode(), vessel));
-    }
-  }
+  ArVesselTree tree = makeStar(vessels);
   std::ofstream out(file);
   out.imbue(std::locale::classic());
-  tree.write(out);
+  tree->write(out);
 }
 
 /** A 10 x 4 x 3 organ at origin (-5, 20, 100) with spacing (2, 2.5, 4) (20 mm^3 per voxel); the slab x < 2 is

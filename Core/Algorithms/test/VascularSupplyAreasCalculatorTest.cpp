@@ -1,6 +1,7 @@
 #include "lumoLabelStatistics.h"
 #include "lumoVascularSupplyAreasCalculator.h"
 
+#include "VesselTestTree.h"
 #include "WarningCapture.h"
 
 #include <gtest/gtest.h>
@@ -12,48 +13,19 @@
 #include <stdexcept>
 
 using namespace lumo;
+using vessel_test::makeStar;
+using vessel_test::VesselRecipe;
 using Calculator = VascularSupplyAreasCalculator;
 using Labels = std::vector<unsigned int>;
 
 namespace
 {
-struct VesselRecipe
-{
-  std::int32_t id;
-  std::int32_t type;
-  std::int32_t segment;
-  std::int32_t status;
-  std::vector<VesselPoint> points;
-};
-
 /** A root with leaf children, as vessel tree data. */
 VesselTreeData::Pointer
 makeTree(const std::vector<VesselRecipe> & vessels)
 {
-  auto * tree = new LinkedVesselTree();
-  ArVesselTree handle(tree);
-  for (const VesselRecipe & recipe : vessels)
-  {
-    ar<Vessel> vessel(new Vessel());
-    vessel->setVesselId(recipe.id);
-    vessel->getProperties().setBloodVesselType(recipe.type);
-    vessel->getProperties().setSegmentType(recipe.segment);
-    vessel->getProperties().setResectionStatus(recipe.status);
-    for (const VesselPoint & p : recipe.points)
-    {
-      vessel->appendPoint(p);
-    }
-    if (!tree->hasRoot())
-    {
-      tree->setRoot(vessel);
-    }
-    else
-    {
-      tree->getRootNode()->addChild(new VesselNode(tree->getRootNode(), vessel));
-    }
-  }
   auto data = VesselTreeData::New();
-  data->initialize(handle);
+  data->initialize(makeStar(vessels));
   return data;
 }
 
