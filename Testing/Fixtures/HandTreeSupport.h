@@ -1,7 +1,8 @@
 #ifndef HandTreeSupport_h
 #define HandTreeSupport_h
 
-// Hand-made vessel trees along the x axis and small organ images, shared by the tests of the resection generators.
+// Hand-made vessel trees along the x axis and small organ images, shared by the tests of the resection generators
+// and of arbo resect.
 
 #include "lumoImage.h"
 #include "lumoVesselTreeData.h"
