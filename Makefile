@@ -41,3 +41,11 @@ format:
 
 clean:
 	@rm -rf $(BUILD_DIR) $(ASAN_DIR) $(DEMO_DIR)
+
+# The cohort workflow on a test cohort of phantoms (made once in $(COHORT_DIR)/CASES); reruns do only what changed.
+COHORT_DIR ?= cohort-out
+.PHONY: cohort
+cohort: build
+	@[ -d $(COHORT_DIR)/CASES ] || ARBO=$(abspath $(BUILD_DIR))/Apps/arbo/arbo bash scripts/make-cohort $(COHORT_DIR)/CASES
+	@cd $(COHORT_DIR) && snakemake -s $(CURDIR)/workflows/cohort/Snakefile --cores $(JOBS) \
+	  --config cases=CASES results=results arbo=$(abspath $(BUILD_DIR))/Apps/arbo/arbo

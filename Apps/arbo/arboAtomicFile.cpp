@@ -2,6 +2,8 @@
 
 #include "arboError.h"
 
+#include "lumoTemporaryFileGuard.h"
+
 #include <algorithm>
 #include <atomic>
 #include <cctype>
@@ -9,6 +11,8 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <memory>
+#include <vector>
 #include <unistd.h>
 
 namespace arbo
@@ -23,6 +27,63 @@ temporaryPathBeside(const std::string & target)
   const std::string name =
     ".arbo-" + std::to_string(::getpid()) + "-" + std::to_string(counter++) + "-" + path.filename().string();
   return (path.parent_path() / name).string();
+}
+
+/** Header formats whose voxels go to a second file that the header names: the pair must be written under the
+ *  final names, or the header would name a temporary file. */
+bool
+hasDetachedData(const std::string & target)
+{
+  const std::string ending = formatExtension(target);
+  return ending == ".mhd" || ending == ".nhdr" || ending == ".hdr";
+}
+
+/** Writes a header and its data file into a staging folder beside the target under their final names, then moves
+ *  the data file(s) and last the header into place, so that the header never names a file that is not there. */
+void
+writeWithDetachedData(const std::string & target, const std::function<void(const std::string &)> & writer)
+{
+  const std::filesystem::path destination(target);
+  const std::filesystem::path staging(temporaryPathBeside(target));
+  std::error_code ec;
+  if (!std::filesystem::create_directory(staging, ec))
+  {
+    throw Error(target, "cannot be written (" + ec.message() + ")");
+  }
+  // The data file's name is the writer's choice; list the names the header formats use, so that an interrupt
+  // removes whatever was written before the folder itself.
+  const std::filesystem::path stem = destination.stem();
+  std::vector<std::unique_ptr<lumo::TemporaryFileGuard>> guards;
+  guards.push_back(std::make_unique<lumo::TemporaryFileGuard>(staging.string(), true));
+  guards.push_back(std::make_unique<lumo::TemporaryFileGuard>((staging / destination.filename()).string()));
+  for (const char * data : { ".raw", ".zraw", ".raw.gz", ".img", ".img.gz" })
+  {
+    guards.push_back(std::make_unique<lumo::TemporaryFileGuard>((staging / (stem.string() + data)).string()));
+  }
+  try
+  {
+    writer((staging / destination.filename()).string());
+    const lumo::TemporaryFileGuard::DeferInterrupts defer;
+    for (const auto & entry : std::filesystem::directory_iterator(staging))
+    {
+      if (entry.path().filename() != destination.filename())
+      {
+        std::filesystem::rename(entry.path(), destination.parent_path() / entry.path().filename());
+      }
+    }
+    std::filesystem::rename(staging / destination.filename(), destination);
+  }
+  catch (const std::filesystem::filesystem_error & error)
+  {
+    std::filesystem::remove_all(staging, ec);
+    throw Error(target, std::string("cannot be written (") + error.code().message() + ")");
+  }
+  catch (...)
+  {
+    std::filesystem::remove_all(staging, ec);
+    throw;
+  }
+  std::filesystem::remove_all(staging, ec);
 }
 } // namespace
 
@@ -39,7 +100,16 @@ writeAtomically(const std::string & target, const std::function<void(const std::
   {
     throw Error(target, "is a folder, not a file");
   }
+  if (hasDetachedData(target))
+  {
+    lumo::TemporaryFileGuard::InstallSignalHandlers();
+    writeWithDetachedData(target, writer);
+    return;
+  }
   const std::string temporary = temporaryPathBeside(target);
+  // An interrupt while writing removes the temporary file; the target is untouched until the rename.
+  lumo::TemporaryFileGuard::InstallSignalHandlers();
+  const lumo::TemporaryFileGuard guard(temporary);
   try
   {
     writer(temporary);

@@ -2,6 +2,7 @@
 
 #include "arboError.h"
 #include "arboFiles.h"
+#include "arboTreeAnalysis.h"
 
 #include "lumoImage.h"
 
@@ -213,20 +214,14 @@ runCompare(const CompareOptions & options, Context & context)
   }
   const lumo::VesselTreeData::Pointer truth = readVesselTree(options.truth);
   const lumo::VesselTreeData::Pointer test = readVesselTree(options.test);
-  VesselTreeComparison comparison;
-  comparison.setVoxelSize(options.voxelSize);
-  comparison.setMinimumRadiusVoxels(options.minimumRadiusVoxels);
-  const ArVesselTree trueTree = truth->GetVesselTreeData(0);
-  const ArVesselTree testTree = test->GetVesselTreeData(0);
-  for (const auto & [tree, file] : { std::make_pair(trueTree, options.truth), std::make_pair(testTree, options.test) })
-  {
-    const VesselTreeStatistics statistics(tree);
-    if (tree.isNull() || statistics.numberOfPoints() == 0)
-    {
-      throw Error(file, "holds no centre-line points to compare");
-    }
-  }
-  report(comparison.compare(trueTree, testTree), options, context);
+  report(compareVesselTrees(truth->GetVesselTreeData(0),
+                            test->GetVesselTreeData(0),
+                            options.truth,
+                            options.test,
+                            options.voxelSize,
+                            options.minimumRadiusVoxels),
+         options,
+         context);
 }
 } // namespace
 

@@ -140,7 +140,14 @@ readData(const std::string & path)
     {
       throw Error(path, "is not a valid vessel tree file (malformed or truncated text)");
     }
-    throw Error(path, plainDescription(e));
+    // The toolkit's image messages name the file, which the error names already.
+    std::string description = plainDescription(e);
+    const std::string named = "Could not read image '" + path + "': ";
+    if (description.rfind(named, 0) == 0)
+    {
+      description.erase(0, named.size());
+    }
+    throw Error(path, description);
   }
   lumo::DataNode * node = factory->GetOutput();
   if (node == nullptr || node->GetData() == nullptr)

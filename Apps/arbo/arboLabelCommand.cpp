@@ -2,6 +2,7 @@
 
 #include "arboError.h"
 #include "arboFiles.h"
+#include "arboTreeAnalysis.h"
 
 #include "lumoVesselTreeOperation.h"
 
@@ -38,11 +39,7 @@ transferLabels(const LabelOptions & options, Context & context)
   lumo::VesselTreeData::Pointer reference = readVesselTree(options.from, context.quiet ? nullptr : &context.err);
   lumo::VesselTreeData::Pointer data = readVesselTree(options.input, context.quiet ? nullptr : &context.err);
   const std::size_t labelled =
-    VesselLabelTransfer::transfer(reference->GetVesselTreeData(0), data->GetVesselTreeData(0));
-  if (labelled == 0)
-  {
-    throw Error(options.from, "holds no centre-line points to take labels from");
-  }
+    transferLabelsFrom(reference->GetVesselTreeData(0), data->GetVesselTreeData(0), options.from);
   data->DeactivateAll(0);
   writeData(data, options.output);
   if (!context.quiet)

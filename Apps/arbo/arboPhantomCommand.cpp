@@ -5,6 +5,7 @@
 #include "arboPhantomDegradation.h"
 
 #include "lumoLiverPhantomSource.h"
+#include "lumoTemporaryFileGuard.h"
 
 #include "VesselTreeStatistics.h"
 
@@ -14,6 +15,7 @@
 #include <cmath>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 #include <ostream>
 #include <random>
 
@@ -118,12 +120,17 @@ runPhantom(const PhantomOptions & options, Context & context)
   {
     throw Error(folder.string(), "cannot be written (" + ec.message() + ")");
   }
+  // An interrupt removes the finished files and the staging folder as well as the file being written.
+  lumo::TemporaryFileGuard::InstallSignalHandlers();
+  const lumo::TemporaryFileGuard stagingGuard(staging.string(), true);
+  std::vector<std::unique_ptr<lumo::TemporaryFileGuard>> stagedGuards;
   try
   {
     for (const auto & [name, data] : outputs)
     {
       try
       {
+        stagedGuards.push_back(std::make_unique<lumo::TemporaryFileGuard>((staging / name).string()));
         writeData(data, (staging / name).string());
       }
       catch (const Error & e)
@@ -131,6 +138,8 @@ runPhantom(const PhantomOptions & options, Context & context)
         throw Error((folder / name).string(), e.what());
       }
     }
+    // All or none of the files: an interrupt waits until they are in place.
+    const lumo::TemporaryFileGuard::DeferInterrupts deferred;
     for (const auto & [name, data] : outputs)
     {
       fs::rename(staging / name, folder / name, ec);

@@ -5,6 +5,7 @@
 #include "arboFiles.h"
 #include "arboScene.h"
 #include "arboMasks.h"
+#include "arboResectionErrors.h"
 
 #include "lumoColorProperty.h"
 #include "lumoFloatProperty.h"
@@ -217,43 +218,7 @@ checkSameGrid(const lumo::Image & tumour, const lumo::Image & organ, const std::
 [[noreturn]] void
 rethrowForFiles(const std::string & what, const ResectOptions & options)
 {
-  const std::string gridPrefix = "Tumour mask and organ segmentation differ in ";
-  if (what.rfind(gridPrefix, 0) == 0)
-  {
-    throw Error(options.tumour,
-                "lies on another grid than the organ: they differ in " + what.substr(gridPrefix.size()));
-  }
-  if (what == "Tumour mask holds no tumour voxel")
-  {
-    throw Error(options.tumour, "holds no tumour voxel (every voxel is 0)");
-  }
-  if (what == "Tumour lies entirely outside the organ")
-  {
-    throw Error(options.tumour, "lies entirely outside the organ");
-  }
-  if (what == "Portal tree holds no portal vein with centre-line points")
-  {
-    throw Error(options.portal, "holds no portal vein with centre-line points");
-  }
-  if (what == "Hepatic tree holds no hepatic vein with centre-line points")
-  {
-    throw Error(options.hepatic, "holds no hepatic vein with centre-line points");
-  }
-  if (what == "No vessel is marked to be resected or at risk")
-  {
-    throw Error(options.hepatic.empty() ? options.portal : options.portal + ", " + options.hepatic,
-                "no vessel is marked to be resected or at risk (set resection statuses with \"arbo label ... "
-                "--status resect\" or in \"arbo view\")");
-  }
-  if (what == "The cutting plane misses the organ")
-  {
-    throw Error(options.plane, "misses the organ: every organ voxel lies on one side of it");
-  }
-  if (what.rfind("Organ segmentation", 0) == 0)
-  {
-    throw Error(options.organ, "is not an organ segmentation: it must be a 3-D unsigned 8-bit image");
-  }
-  throw Error(options.portal, what);
+  throwResectionError(what, { options.organ, options.portal, options.hepatic, options.tumour, options.plane });
 }
 
 lumo::Image::Pointer

@@ -4,6 +4,7 @@
 #include "arboError.h"
 #include "arboFiles.h"
 
+#include "lumoTemporaryFileGuard.h"
 #include "lumoArboCoreObjectFactory.h"
 #include "lumoCalyxSceneIO.h"
 #include "lumoCalyxSceneReaderV1.h"
@@ -412,6 +413,7 @@ addResultsToScene(lumo::DataStorage * scene,
     scene->Add(node, sources);
   }
   CapturedMessages messages;
+  lumo::TemporaryFileGuard::InstallSignalHandlers();
   if (!lumo::CalyxSceneIO::New()->SaveScene(scene, path))
   {
     throw Error(path, "the scene could not be saved");

@@ -10,6 +10,7 @@
 #include "lumoCalyxSceneReaderV1.h"
 #include "lumoDataStorage.h"
 #include "lumoResectionProposalDescriptorPropertySerializer.h"
+#include "lumoTemporaryFileGuard.h"
 
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
@@ -173,6 +174,8 @@ runCreate(const CreateOptions & options, Context & context)
   }
 
   CapturedMessages messages;
+  // An interrupt removes the scene's staged files; the earlier scene stays whole.
+  lumo::TemporaryFileGuard::InstallSignalHandlers();
   const bool saved = lumo::CalyxSceneIO::New()->SaveScene(storage, options.output);
   const std::string text = messages.text();
   if (!saved)

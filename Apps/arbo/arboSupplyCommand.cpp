@@ -4,6 +4,7 @@
 #include "arboFiles.h"
 #include "arboMasks.h"
 #include "arboScene.h"
+#include "arboSupplyAreas.h"
 
 #include "lumoImage.h"
 #include "lumoLabelStatistics.h"
@@ -30,7 +31,6 @@ namespace arbo
 namespace
 {
 using Json = nlohmann::ordered_json;
-using Calculator = lumo::VascularSupplyAreasCalculator;
 
 struct SupplyOptions
 {
@@ -44,45 +44,6 @@ struct SupplyOptions
   bool json{ false };
   std::optional<long> organLabel;
 };
-
-/** Command-line names of the calculation modes, in the calculator's order. */
-const std::vector<std::pair<std::string, Calculator::CalculationMode>> &
-modes()
-{
-  static const std::vector<std::pair<std::string, Calculator::CalculationMode>> table{
-    { "portal-defined-segments", Calculator::PortalDefinedSegments },
-    { "portal-segments", Calculator::PortalSegments },
-    { "hepatic-defined-segments", Calculator::HepaticDefinedSegments },
-    { "hepatic-segments", Calculator::HepaticSegments },
-    { "all-vessels-segments", Calculator::AllVesselsSegments },
-    { "all-vessels-types", Calculator::AllVesselsTypes },
-    { "portal-resection-status", Calculator::PortalResectionStatus },
-    { "portal-defined-resection-status", Calculator::PortalDefinedResectionStatus },
-    { "hepatic-resection-status", Calculator::HepaticResectionStatus },
-    { "hepatic-defined-resection-status", Calculator::HepaticDefinedResectionStatus },
-  };
-  return table;
-}
-
-/** What a label of the mode's output means. */
-std::string
-labelName(Calculator::CalculationMode mode, std::uint32_t label)
-{
-  if (label == 0)
-  {
-    return "no supplying vessel";
-  }
-  const auto value = static_cast<std::int32_t>(label);
-  if (mode == Calculator::AllVesselsTypes)
-  {
-    return VesselLabels::bloodVesselTypeName(value - 1);
-  }
-  if (mode >= Calculator::PortalResectionStatus)
-  {
-    return VesselLabels::resectionStatusName(value);
-  }
-  return VesselLabels::segmentTypeName(value);
-}
 
 /** Drives the process-wide progress bar from the calculator's progress events (in hundredths). */
 class ProgressForward : public itk::Command
@@ -137,7 +98,7 @@ fixed(double value, int decimals)
 void
 supply(const SupplyOptions & options, Context & context)
 {
-  const auto mode = std::find_if(modes().begin(), modes().end(), [&](const auto & entry) {
+  const auto mode = std::find_if(supplyModes().begin(), supplyModes().end(), [&](const auto & entry) {
                       return entry.first == options.mode;
                     })->second;
 
@@ -174,47 +135,24 @@ supply(const SupplyOptions & options, Context & context)
     tree->initialize(joinVesselTrees(trees));
   }
 
-  auto calculator = Calculator::New();
-  calculator->SetOrganSegmentation(organ);
-  calculator->SetVesselTree(tree);
-  calculator->SetCalculationMode(mode);
-  if (options.threads > 0)
-  {
-    calculator->SetNumberOfWorkUnits(options.threads);
-  }
   auto progress = ProgressForward::New();
   lumo::ProgressBar * bar = lumo::ProgressBar::GetInstance();
   const bool quietBefore = bar->GetQuiet();
   bar->SetQuiet(quietBefore || context.quiet || options.json);
   bar->AddStepsToDo(100);
-  calculator->AddObserver(itk::ProgressEvent(), progress);
+  lumo::Image::Pointer areas;
   try
   {
-    calculator->Update();
+    areas = computeSupplyAreas(organ, tree, mode, options.threads, options.organ, options.tree, options.mode, progress);
     progress->Finish();
     bar->SetQuiet(quietBefore);
   }
-  catch (const itk::ExceptionObject & e)
+  catch (const Error &)
   {
     bar->Reset();
     bar->SetQuiet(quietBefore);
-    // Problems of the organ image come first in the calculator; the rest concern the tree.
-    const std::string what = e.GetDescription();
-    const bool organProblem = what.rfind("Organ", 0) == 0 || what.rfind("No valid organ", 0) == 0;
-    throw Error(organProblem ? options.organ : options.tree, what);
+    throw;
   }
-  catch (const std::runtime_error & e)
-  {
-    bar->Reset();
-    bar->SetQuiet(quietBefore);
-    std::string what = e.what();
-    if (what.find("theList->size() == 0") != std::string::npos)
-    {
-      what += " (no vessel of the tree takes part in mode " + options.mode + ")";
-    }
-    throw Error(options.tree, what);
-  }
-  lumo::Image * areas = calculator->GetOutput();
   writeData(areas, options.output);
   if (plan)
   {
@@ -236,7 +174,7 @@ supply(const SupplyOptions & options, Context & context)
     for (const auto & entry : statistics->GetEntries())
     {
       labels.push_back({ { "label", entry.label },
-                         { "name", labelName(mode, entry.label) },
+                         { "name", supplyLabelName(mode, entry.label) },
                          { "voxels", entry.voxels },
                          { "millilitres", entry.millilitres },
                          { "percent", entry.percent } });
@@ -265,7 +203,7 @@ supply(const SupplyOptions & options, Context & context)
   for (const auto & entry : statistics->GetEntries())
   {
     out << std::right << std::setw(7) << entry.label << "  " << std::left << std::setw(28)
-        << labelName(mode, entry.label) << std::right << std::setw(12) << entry.voxels << std::setw(12)
+        << supplyLabelName(mode, entry.label) << std::right << std::setw(12) << entry.voxels << std::setw(12)
         << fixed(entry.millilitres, 2) << std::setw(9) << fixed(entry.percent, 2) << "\n";
   }
   out << std::right << std::setw(7) << ""
@@ -285,7 +223,7 @@ addSupplyCommand(CLI::App & app, Context & context)
   CLI::App * command = app.add_subcommand(
     "supply", "Label each organ voxel by the vessel that supplies it; volumes per segment, type or resection status");
   std::vector<std::string> names;
-  for (const auto & entry : modes())
+  for (const auto & entry : supplyModes())
   {
     names.push_back(entry.first);
   }

@@ -8,6 +8,11 @@
 
 #include <vtkLinearTransform.h>
 
+#include <cmath>
+#include <sstream>
+#include <string>
+#include <vector>
+
 namespace lumo
 {
 SkeletonizationBasedImageToVesselTreeFilter::SkeletonizationBasedImageToVesselTreeFilter()
@@ -30,6 +35,43 @@ SkeletonizationBasedImageToVesselTreeFilter::SetInput(DataObjectPointerArraySize
   }
 }
 
+namespace
+{
+/** Skeleton voxels that the thinning's last layer does not list with a distance. */
+std::size_t
+CountSkeletonVoxelsWithoutDistance(SelleSkeletonizer * skeletonizer)
+{
+  VolumeAccessor<unsigned char> * skeleton = skeletonizer->getBinaryVolume();
+  const DistancePoint3DList * points = skeletonizer->getResultList();
+  const unsigned char * data = skeleton->getData();
+  if (data == nullptr)
+  {
+    return 0;
+  }
+  const std::size_t sizeX = skeleton->getSizeX();
+  const std::size_t sizeY = skeleton->getSizeY();
+  const std::size_t count = sizeX * sizeY * skeleton->getSizeZ();
+  std::vector<char> hasDistance(count, 0);
+  if (points != nullptr)
+  {
+    for (const DistancePoint3D * point : *points)
+    {
+      const std::size_t index = point->getX() + sizeX * (point->getY() + sizeY * point->getZ());
+      if (index < count)
+      {
+        hasDistance[index] = 1;
+      }
+    }
+  }
+  std::size_t missing = 0;
+  for (std::size_t i = 0; i < count; ++i)
+  {
+    missing += data[i] != 0 && hasDistance[i] == 0 ? 1 : 0;
+  }
+  return missing;
+}
+} // namespace
+
 void
 SkeletonizationBasedImageToVesselTreeFilter::GenerateData()
 {
@@ -49,6 +91,18 @@ SkeletonizationBasedImageToVesselTreeFilter::GenerateData()
       return;
     }
 
+    // The thinning's layers grow by the smallest voxel size: it must be a positive, finite number.
+    for (unsigned int a = 0; a < 3; ++a)
+    {
+      if (!(m_Spacing[a] > 0.0f) || !std::isfinite(m_Spacing[a]))
+      {
+        lumoIpPicFree(pic);
+        std::ostringstream message;
+        message << "voxel sizes must be positive and finite, not " << m_Spacing[0] << " x " << m_Spacing[1] << " x "
+                << m_Spacing[2] << " mm";
+        throw itk::ExceptionObject(__FILE__, __LINE__, message.str(), ITK_LOCATION);
+      }
+    }
     // The skeletonizer takes over the clone it is given.
     auto * skeletonizer =
       new CleaningSelleSkeletonizer(lumoIpPicClone(pic), !m_EndpointSuppression, m_NumberOfCleanedIterations, true);
@@ -57,6 +111,20 @@ SkeletonizationBasedImageToVesselTreeFilter::GenerateData()
     skeletonizer->setVoxelSizeZ(m_Spacing[2]);
     skeletonizer->skeletonize();
     lumoIpPicFree(skeletonizer->getDistancePic());
+
+    // The tree extractor ends the process on a skeleton voxel without a distance: refuse such a skeleton here.
+    const std::size_t withoutDistance = CountSkeletonVoxelsWithoutDistance(skeletonizer);
+    if (withoutDistance > 0)
+    {
+      lumoIpPicFree(pic);
+      lumoIpPicFree(skeletonizer->getBinaryPic());
+      delete skeletonizer;
+      throw itk::ExceptionObject(__FILE__,
+                                 __LINE__,
+                                 "the thinning left " + std::to_string(withoutDistance) +
+                                   " skeleton voxel(s) without a distance value, so no diameter can be given there",
+                                 ITK_LOCATION);
+    }
 
     auto * extractor = new BreadthFirstTreeExtractor;
     extractor->setStartAtThickestEndPoint(m_StartAtThickestEndPoint);

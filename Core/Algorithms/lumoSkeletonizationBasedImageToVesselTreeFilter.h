@@ -19,7 +19,9 @@ namespace lumo
  *  A null input or one of another pixel type or dimension is reported with a warning and ends the run: later
  *  outputs are left as they were. No conversion is attempted here; callers threshold other masks first. The
  *  legacy classes end the process on input they cannot handle, so callers that must survive bad input check the
- *  mask before the update (non-empty, 3-D). */
+ *  mask before the update (non-empty, 3-D). Voxel sizes that are not positive and finite, and a skeleton with a
+ *  voxel that the thinning gave no distance (on which the tree extraction would end the process), are refused with
+ *  an itk::ExceptionObject whose description is one line; outputs are then left as they were. */
 class SkeletonizationBasedImageToVesselTreeFilter : public ImageToVesselTreeFilter
 {
 public:

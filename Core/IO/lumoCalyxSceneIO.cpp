@@ -236,6 +236,7 @@ CalyxSceneIO::SaveScene(DataStorage * storage, const NodePredicateBase * predica
   const bool replacing = fs::exists(filename, error);
   m_StagingPrefix = ".~" + UIDGenerator("", 8).GetUID() + "_";
   m_StagedFiles.clear();
+  m_StagedGuards.clear();
   m_UsedFileNames.clear();
   m_OwnedFileNames.clear();
   m_DataFileFailed = false;
@@ -249,6 +250,7 @@ CalyxSceneIO::SaveScene(DataStorage * storage, const NodePredicateBase * predica
       fs::remove(temporary, ignored);
     }
     m_StagedFiles.clear();
+    m_StagedGuards.clear();
     m_StagingPrefix.clear();
   };
 
@@ -330,6 +332,7 @@ CalyxSceneIO::SaveScene(DataStorage * storage, const NodePredicateBase * predica
 
   const std::string sceneName = fs::path(filename).filename().string();
   const std::string stagedScene = directory + "/" + m_StagingPrefix + sceneName;
+  m_StagedGuards.push_back(std::make_unique<TemporaryFileGuard>(stagedScene));
   if (!this->WriteDocument(document, stagedScene))
   {
     LUMO_SCENE_REPORT("Could not write the scene file " + filename + "; the previous scene is kept.");
@@ -338,7 +341,9 @@ CalyxSceneIO::SaveScene(DataStorage * storage, const NodePredicateBase * predica
     return false;
   }
 
-  // Commit: move replaced files aside, the new ones into place, then the scene file; undo on any failure.
+  // Commit: move replaced files aside, the new ones into place, then the scene file; undo on any failure. An
+  // interrupt waits until the scene is whole again, old or new.
+  const TemporaryFileGuard::DeferInterrupts deferred;
   std::vector<std::pair<std::string, std::string>> backups; // (backup, final)
   std::vector<std::string> placed;
   bool committed = true;
@@ -405,6 +410,7 @@ CalyxSceneIO::SaveScene(DataStorage * storage, const NodePredicateBase * predica
     }
   }
   m_StagedFiles.clear();
+  m_StagedGuards.clear();
   m_StagingPrefix.clear();
   return true;
 }
@@ -503,6 +509,10 @@ CalyxSceneIO::SaveDataFile(BaseData * data,
                                  : this->UniqueFileName(name + extension, extension, directory);
   const std::string finalPath = directory + "/" + fileName;
   const std::string path = m_StagingPrefix.empty() ? finalPath : directory + "/" + m_StagingPrefix + fileName;
+  if (!m_StagingPrefix.empty())
+  {
+    m_StagedGuards.push_back(std::make_unique<TemporaryFileGuard>(path));
+  }
   try
   {
     this->WriteDataFile(data, path);

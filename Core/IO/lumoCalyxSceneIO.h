@@ -4,11 +4,13 @@
 #include "lumoDataStorage.h"
 #include "lumoNodePredicateBase.h"
 #include "lumoPropertyList.h"
+#include "lumoTemporaryFileGuard.h"
 
 #include <itkObject.h>
 #include <itkObjectFactory.h>
 
 #include <cstdint>
+#include <memory>
 #include <set>
 #include <string>
 #include <utility>
@@ -228,6 +230,8 @@ private:
   // whether a data file failed.
   std::string m_StagingPrefix;
   std::vector<std::pair<std::string, std::string>> m_StagedFiles;
+  // Keep the staged files on the list of what an interrupt removes, while they are staged.
+  std::vector<std::unique_ptr<TemporaryFileGuard>> m_StagedGuards;
   std::set<std::string> m_UsedFileNames;
   std::set<std::string> m_OwnedFileNames;
   bool m_DataFileFailed{ false };

@@ -149,6 +149,18 @@ DecodeLookupTable(const tinyxml2::XMLElement * element)
   {
     return nullptr;
   }
+  // A table is sized only for colours that are there: the count alone must not decide an allocation.
+  int present = 0;
+  for (const tinyxml2::XMLElement * entry = entries->FirstChildElement("RgbaColor");
+       entry != nullptr && present < numberOfColors;
+       entry = entry->NextSiblingElement("RgbaColor"))
+  {
+    ++present;
+  }
+  if (present < numberOfColors)
+  {
+    return nullptr;
+  }
   vtkNew<vtkLookupTable> table;
   table->SetScale(scale);
   table->SetRamp(ramp);

@@ -53,6 +53,8 @@ vectorToXML(const char * name, const ColorVectorType & colors, tinyxml2::XMLDocu
   return element;
 }
 
+constexpr int MaximumVectorSize = 1 << 20;
+
 /** Reads a vector element into `colors`; false when the element is absent. */
 bool
 vectorFromXML(const tinyxml2::XMLElement * parent, const char * name, ColorVectorType & colors)
@@ -66,6 +68,13 @@ vectorFromXML(const tinyxml2::XMLElement * parent, const char * name, ColorVecto
   if (element->QueryIntAttribute("size", &size) != tinyxml2::XML_SUCCESS || size < 0)
   {
     throw std::invalid_argument(std::string(name) + ": missing or negative size");
+  }
+  // Entries left out stay transparent, so the size is not bounded by the entries present; it is by what a table
+  // of colours by type, segment or status can need (a million entries take 32 MB).
+  if (size > MaximumVectorSize)
+  {
+    throw std::invalid_argument(std::string(name) + ": size " + std::to_string(size) + " is more than " +
+                                std::to_string(MaximumVectorSize));
   }
   colors.assign(static_cast<std::size_t>(size), ColorType(0.0));
   for (const tinyxml2::XMLElement * entry = element->FirstChildElement("rgba"); entry != nullptr;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cmath>
 #include <cstring>
 #include <iostream>
 #include <vector>
@@ -156,12 +157,18 @@ SelleSkeletonizer::skeletonize()
   for (;;)
   {
     splitLayer();
+    // Border voxels farther than this layer's reach wait for a later one. With anisotropic voxels the reach grows
+    // by the smallest voxel size per iteration, so several iterations may pass before the thicker axes' voxels
+    // join a layer: such an iteration removes nothing without being idle. Ending there would leave voxels in the
+    // skeleton that never were in a layer and so have no distance.
+    // A reach that does not grow (voxel size 0 or not a number) would make them wait for ever.
+    const bool voxelsWaiting = !m_deferred.empty() && m_minimumVoxelSize > 0.0f && std::isfinite(m_minimumVoxelSize);
     delete m_resultList;
     m_resultList = m_borderVoxelListProcessor->processList(m_currentLayer);
     afterLayer(*m_resultList);
     updateBorder();
     ++m_iterationCounter;
-    if (m_borderVoxelListProcessor->getRemovedVoxels() == 0)
+    if (m_borderVoxelListProcessor->getRemovedVoxels() == 0 && !voxelsWaiting)
     {
       // Never cleared again: thinning ends at the second idle iteration, consecutive or not.
       if (idleIterationSeen)

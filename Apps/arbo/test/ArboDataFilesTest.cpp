@@ -175,6 +175,24 @@ TEST_F(ArboDataFiles, LabelImagesCompareVoxelByVoxel)
               "\n");
 }
 
+TEST_F(ArboDataFiles, AHeaderAndItsDataFileAreWrittenUnderTheirOwnNames)
+{
+  lumo::WriteImageFile(makeImage(), path("image.nrrd"));
+  for (int pass = 0; pass < 2; ++pass) // the second pass replaces the pair
+  {
+    for (const char * name : { "image.mhd", "image.nhdr" })
+    {
+      ArboRun run = runArbo({ "-q", "convert", path("image.nrrd"), path(name) });
+      ASSERT_EQ(run.status, 0) << name << ": " << run.err;
+    }
+  }
+  EXPECT_EQ(files(),
+            (std::vector<std::string>{ "image.mhd", "image.nhdr", "image.nrrd", "image.raw.gz", "image.zraw" }));
+  EXPECT_NE(readFile(path("image.mhd")).find("ElementDataFile = image.zraw\n"), std::string::npos);
+  EXPECT_NE(readFile(path("image.nhdr")).find("data file: image.raw.gz\n"), std::string::npos);
+  EXPECT_EQ(lumo::ReadImageFile(path("image.mhd"))->GetNumberOfVoxels(), 24u);
+}
+
 TEST_F(ArboDataFiles, AWriterThatThrowsLeavesTheTargetUntouchedAndNoTemporaryFile)
 {
   writeFile(path("plan.ves"), "the user's earlier file\n");

@@ -386,3 +386,52 @@ TEST_F(ArboExtract, ATrunkThatThinsAwayIsGivenBackAsTheRoot)
   EXPECT_EQ(run.err.find("extended"), std::string::npos) << run.err;
   EXPECT_GT(distance(path("nostub.ves")), 0.7 * 2.5);
 }
+
+// Pixels of 0.5 mm with slices of 2 and 4 mm: the thinning reaches the thick axes' voxels only after several
+// layers along the fine one. A straight tube of radius 5 mm along x must come out as one vessel along its axis.
+TEST_F(ArboExtract, AStraightTubeInAnisotropicVoxelsGivesOneVesselAlongItsAxis)
+{
+  const unsigned int nx = 80;
+  const unsigned int ny = 20;
+  const unsigned int nz = 12;
+  auto image = newImage(itk::IOComponentEnum::UCHAR, nx, ny, nz);
+  auto * data = static_cast<unsigned char *>(image->GetData());
+  for (unsigned int k = 0; k < nz; ++k)
+    for (unsigned int j = 0; j < ny; ++j)
+      for (unsigned int i = 0; i < nx; ++i)
+      {
+        const double dy = 2.0 * (static_cast<double>(j) - 10.0);
+        const double dz = 4.0 * (static_cast<double>(k) - 6.0);
+        data[(k * ny + j) * nx + i] = dy * dy + dz * dz <= 25.0 ? 1 : 0;
+      }
+  lumo::Vector3D spacing;
+  spacing[0] = 0.5;
+  spacing[1] = 2.0;
+  spacing[2] = 4.0;
+  image->SetSpacing(spacing);
+  lumo::WriteImageFile(image, path("tube.nrrd"));
+
+  for (const char * resampling : { "--no-resample", "-q" })
+  {
+    SCOPED_TRACE(resampling);
+    const ArboRun run = runArbo({ "-q", "extract", path("tube.nrrd"), "-o", path("tube.ves"), resampling });
+    ASSERT_EQ(run.status, 0) << run.out << run.err;
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, "");
+    auto tree = readTree(path("tube.ves"));
+    ASSERT_EQ(tree->numberOfNodes(), 1);
+    const ar<Vessel> vessel = tree->getRootNode()->getData();
+    ASSERT_GT(vessel->numberOfPoints(), 2);
+    const VesselPoint first = vessel->getPoint(0);
+    const VesselPoint last = vessel->getPoint(vessel->numberOfPoints() - 1);
+    // Along x over most of the 40 mm, on the axis (y 20 mm, z 24 mm), at a diameter near 10 mm.
+    EXPECT_GT(std::abs(last.x - first.x), 25.0f);
+    for (std::size_t p = 0; p < vessel->numberOfPoints(); ++p)
+    {
+      const VesselPoint point = vessel->getPoint(p);
+      EXPECT_NEAR(point.y, 20.0f, 1.0f) << p;
+      EXPECT_NEAR(point.z, 24.0f, 2.0f) << p;
+    }
+    EXPECT_NEAR(vessel->getPoint(vessel->numberOfPoints() / 2).diameter, 10.0f, 1.5f);
+  }
+}

@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <deque>
+#include <limits>
+#include <sstream>
 
 using namespace lumo;
 
@@ -206,4 +208,62 @@ TEST(SkeletonizationBasedImageToVesselTreeFilter, PartsNotConnectedToTheStartAre
   EXPECT_EQ(
     filterMessages(warnings),
     (std::vector<std::string>{ "1 skeleton part(s) with 1 voxel(s) not connected to the start point were left out" }));
+}
+
+// Voxel sizes of the thinning: small anisotropic ones on the Y tubes always give a tree (the legacy extraction
+// would end the process on a skeleton voxel without a distance), sizes that are not positive are refused.
+TEST(SkeletonizationBasedImageToVesselTreeFilter, AnisotropicVoxelSizesAlwaysGiveATree)
+{
+  const float sizes[] = { 0.25f, 0.5f, 1.0f, 2.0f, 4.0f };
+  std::vector<std::string> failures;
+  for (const float sx : sizes)
+    for (const float sy : sizes)
+      for (const float sz : sizes)
+      {
+        auto filter = SkeletonizationBasedImageToVesselTreeFilter::New();
+        filter->SetInput(yImage());
+        SkeletonizationBasedImageToVesselTreeFilter::SpacingType spacing;
+        spacing[0] = sx;
+        spacing[1] = sy;
+        spacing[2] = sz;
+        filter->SetSpacing(spacing);
+        filter->StartAtThickestEndPointOn();
+        const std::string name = std::to_string(sx) + " x " + std::to_string(sy) + " x " + std::to_string(sz);
+        try
+        {
+          filter->Update();
+          if (!hasTree(*filter->GetOutput()))
+            failures.push_back(name + ": no tree");
+        }
+        catch (const itk::ExceptionObject & e)
+        {
+          failures.push_back(name + ": " + e.GetDescription());
+        }
+      }
+  EXPECT_EQ(failures, std::vector<std::string>{});
+}
+
+TEST(SkeletonizationBasedImageToVesselTreeFilter, VoxelSizesThatAreNotPositiveAreRefused)
+{
+  for (const float bad : { 0.0f, -1.0f, std::numeric_limits<float>::quiet_NaN() })
+  {
+    auto filter = SkeletonizationBasedImageToVesselTreeFilter::New();
+    filter->SetInput(yImage());
+    SkeletonizationBasedImageToVesselTreeFilter::SpacingType spacing;
+    spacing.Fill(1.0f);
+    spacing[1] = bad;
+    filter->SetSpacing(spacing);
+    std::ostringstream expected;
+    expected << "voxel sizes must be positive and finite, not 1 x " << bad << " x 1 mm";
+    try
+    {
+      filter->Update();
+      ADD_FAILURE() << "no exception for " << bad;
+    }
+    catch (const itk::ExceptionObject & e)
+    {
+      EXPECT_EQ(std::string(e.GetDescription()), expected.str());
+    }
+    EXPECT_FALSE(hasTree(*filter->GetOutput()));
+  }
 }

@@ -7,6 +7,7 @@
 #include "lumoFileNames.h"
 #include "lumoImageAccess.h"
 #include "lumoImageIO.h"
+#include "lumoImagePayloadLimits.h"
 
 #include "lumoPicImageIOFactory.h"
 
@@ -88,6 +89,8 @@ ReadImageFile(const std::string & fileName)
                 " components per pixel)",
               __LINE__);
   }
+  // Before the reader allocates the buffer the header asks for.
+  CheckImagePayload(fileName, io);
   const itk::IOComponentEnum componentType = Image::NormalizePixelType(io->GetComponentType());
   Image::Pointer image;
   const bool supported = DispatchPixelType(componentType, [&](auto * tag) {

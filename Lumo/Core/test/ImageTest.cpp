@@ -5,12 +5,14 @@
 #include <lumoDataNodeFactory.h>
 #include <lumoImageAccess.h>
 #include <lumoImageIO.h>
+#include <lumoImagePayloadLimits.h>
 #include <lumoImageSource.h>
 #include <lumoLegacyAdaptors.h>
 
 #include <gtest/gtest.h>
 
 #include <itkImageFileWriter.h>
+#include <itkImageIOFactory.h>
 
 #include <cstring>
 #include <fstream>
@@ -326,5 +328,56 @@ TEST(ImageIOTest, DataNodeFactoryOpensNrrdAndNifti)
     EXPECT_TRUE(node->GetStringProperty("path", path));
     EXPECT_EQ(path, directory.Path().string());
     EXPECT_NE(node->GetProperty("levelwindow"), nullptr);
+  }
+}
+
+// What detached data can hold: NRRD and MetaImage headers naming lists and patterns of files count each file
+// (a pattern only until the promised bytes are covered).
+TEST(ImageIOTest, DetachedDataInListsAndPatternsCountFileByFile)
+{
+  lumotest::TemporaryDirectory directory;
+  auto header = [&](const std::string & name, const std::string & text) {
+    std::ofstream(directory.File(name), std::ios::binary) << text;
+    itk::ImageIOBase::Pointer io =
+      itk::ImageIOFactory::CreateImageIO(directory.File(name).c_str(), itk::IOFileModeEnum::ReadMode);
+    EXPECT_TRUE(io.IsNotNull()) << name;
+    io->SetFileName(directory.File(name));
+    io->ReadImageInformation();
+    return GetImagePayloadCapacity(directory.File(name), io);
+  };
+  for (int slice = 1; slice <= 3; ++slice)
+  {
+    std::ofstream(directory.File("slice" + std::to_string(slice) + ".raw"), std::ios::binary)
+      << std::string(16 * slice, 'x');
+  }
+  // One file per slice, as NRRD asks: a list counts every file, a pattern stops once the promise is covered.
+  const std::string nrrd = "NRRD0004\ntype: unsigned char\ndimension: 3\nsizes: 4 4 3\nencoding: raw\n";
+  EXPECT_EQ(header("list.nhdr", nrrd + "data file: LIST\nslice1.raw\nslice2.raw\nslice3.raw\n"), 96u);
+  EXPECT_EQ(header("pattern.nhdr", nrrd + "data file: slice%d.raw 1 3 1\n\n"), 48u);
+  EXPECT_EQ(header("gzip.nhdr",
+                   "NRRD0004\ntype: unsigned char\ndimension: 3\nsizes: 4 4 1\nencoding: gzip\ndata file: "
+                   "slice1.raw\n\n"),
+            16u * 1032u);
+
+  const std::string meta = "ObjectType = Image\nNDims = 3\nDimSize = 4 4 6\nElementType = MET_UCHAR\n";
+  EXPECT_EQ(header("list.mhd", meta + "ElementDataFile = LIST\nslice1.raw\nslice2.raw\nslice3.raw\n"), 96u);
+  EXPECT_EQ(header("pattern.mhd", meta + "ElementDataFile = slice%d.raw 1 3 1\n"), 96u);
+  EXPECT_EQ(header("compressed.mhd", meta + "CompressedData = True\nElementDataFile = slice2.raw\n"), 32u * 1032u);
+
+  EXPECT_NO_THROW(ReadImageFile(directory.File("pattern.mhd")));
+  std::ofstream(directory.File("short.mhd"))
+    << "ObjectType = Image\nNDims = 3\nDimSize = 4 4 20\nElementType = MET_UCHAR\n"
+       "ElementDataFile = slice%d.raw 1 3 1\n";
+  try
+  {
+    ReadImageFile(directory.File("short.mhd"));
+    FAIL() << "no exception";
+  }
+  catch (const itk::ImageFileReaderException & e)
+  {
+    EXPECT_EQ(std::string(e.GetDescription()),
+              "Could not read image '" + directory.File("short.mhd") +
+                "': the header promises 4 x 4 x 20 voxels of 1 byte (320 bytes), more than its data can hold (at most "
+                "96 bytes)");
   }
 }

@@ -1,6 +1,7 @@
 // Trees from files are not to be trusted: they may be arbitrarily deep, truncated or made of garbage. These tests
 // run in the sanitizer build too, where any leak, overflow or unbounded allocation fails them.
 
+#include "HostileInputs.h"
 #include "VesselTestTree.h"
 
 #include <gtest/gtest.h>
@@ -208,6 +209,19 @@ TEST(HostileTreeText, EveryTruncationFails)
     LinkedVesselTree back;
     back.read(is);
     EXPECT_TRUE(is.fail()) << "cut at " << cut;
+  }
+  EXPECT_EQ(ar<Vessel>::registrySize(), vessels);
+}
+
+TEST(HostileTreeText, EveryListedHostileTreeFailsTheStreamAndKeepsNoVessel)
+{
+  const std::size_t vessels = ar<Vessel>::registrySize();
+  for (const lumotest::HostileInput & input : lumotest::hostileVesselTrees())
+  {
+    std::istringstream is(input.content);
+    LinkedVesselTree tree;
+    onSmallStack([&] { tree.read(is); });
+    EXPECT_TRUE(is.fail()) << input.name;
   }
   EXPECT_EQ(ar<Vessel>::registrySize(), vessels);
 }
