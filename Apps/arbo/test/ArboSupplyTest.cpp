@@ -34,14 +34,8 @@ makeOrgan(itk::IOComponentEnum type = itk::IOComponentEnum::UCHAR,
           double tumour = 0.0)
 {
   auto organ = lumo::Image::New();
-  lumo::Vector3D spacing;
-  spacing[0] = 2.0;
-  spacing[1] = 2.5;
-  spacing[2] = dimension == 3 ? 4.0 : 1.0;
-  lumo::Point3D origin;
-  origin[0] = -5.0;
-  origin[1] = 20.0;
-  origin[2] = dimension == 3 ? 100.0 : 0.0;
+  lumo::Vector3D spacing = lumotest::V(2.0, 2.5, dimension == 3 ? 4.0 : 1.0);
+  lumo::Point3D origin = lumotest::P(-5.0, 20.0, dimension == 3 ? 100.0 : 0.0);
   lumo::Geometry3D::DirectionType direction;
   direction.SetIdentity();
   organ->Initialize(type, { { 10, 4, dimension == 3 ? 3u : 1u } }, spacing, origin, direction, dimension);
