@@ -3,7 +3,7 @@
 // Everything goes through the command line as a user would run it: "arbo phantom" with the degradation options,
 // "arbo extract", "arbo compare" against the true trees (vessels of true radius >= 2.5 mm), then "arbo label --from"
 // the true tree, "arbo supply" with the labelled and with the true tree on the same organ mask, and "arbo compare"
-// of the two label images.
+// of the two label images. "5 mm joined" extracts the thick slices with --join-pieces.
 
 #include "arboApplication.h"
 
@@ -58,6 +58,8 @@ struct Condition
 {
   const char * name;
   std::vector<std::string> options;
+  // Further options of "arbo extract"; a row with them shows a trade-off and is left out of the verdicts.
+  std::vector<std::string> extract{};
 };
 
 double
@@ -77,6 +79,7 @@ main()
   const std::vector<Condition> conditions{
     { "clean", {} },
     { "slices 5 mm", { "--slice", "5" } },
+    { "5 mm joined", { "--slice", "5" }, { "--join-pieces" } },
     { "noise 5 %", { "--noise", "5" } },
     { "holes 20", { "--holes", "20" } },
     { "fragments 10", { "--fragments", "10" } },
@@ -114,8 +117,10 @@ main()
       {
         const std::string extracted = dir + "/extracted-" + system + ".ves";
         const std::string truth = dir + "/truth-" + system + ".ves";
-        if (!check(runArbo({ "-q", "extract", dir + "/" + system + ".nrrd", "-o", extracted, "--type", system }),
-                   "extract"))
+        std::vector<std::string> extract{ "-q",     "extract", dir + "/" + system + ".nrrd", "-o", extracted,
+                                          "--type", system };
+        extract.insert(extract.end(), condition.extract.begin(), condition.extract.end());
+        if (!check(runArbo(extract), "extract"))
         {
           return 1;
         }
@@ -152,8 +157,11 @@ main()
         const double agreement = number(nlohmann::json::parse(territories.out)["agreementPercent"]);
         const bool accurate = recall >= 0.95 && precision >= 0.95 && distance <= 1.5 && radius <= 0.6;
         const bool agrees = agreement >= (clean ? 98.5 : 95.0);
-        accuracyMet = accuracyMet && accurate;
-        agreementMet = agreementMet && agrees;
+        if (condition.extract.empty())
+        {
+          accuracyMet = accuracyMet && accurate;
+          agreementMet = agreementMet && agrees;
+        }
         std::printf("%-13s %4d %-8s %6.1f%% %8.1f%% %11.3f %13.3f %10.2f %8s\n",
                     condition.name,
                     seed,
@@ -171,9 +179,9 @@ main()
   }
   std::filesystem::remove_all(folder);
   std::printf("accuracy goals (recall, precision >= 95 %%, mean centre-line distance <= 1.5 mm, median radius error "
-              "<= 0.6 mm): %s\n",
+              "<= 0.6 mm; default options): %s\n",
               accuracyMet ? "met in every condition" : "MISSED in some condition (goals column)");
-  std::printf("territory agreement goals (>= 98.5 %% clean, >= 95 %% degraded): %s\n",
+  std::printf("territory agreement goals (>= 98.5 %% clean, >= 95 %% degraded; default options): %s\n",
               agreementMet ? "met in every condition" : "MISSED in some condition (goals column)");
   return 0;
 }

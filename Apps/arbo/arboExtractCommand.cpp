@@ -36,6 +36,7 @@ struct ExtractOptions
   bool rawDiameters{ false };
   std::optional<long> label;
   bool noResample{ false };
+  bool joinPieces{ false };
   bool noStub{ false };
 };
 
@@ -107,6 +108,7 @@ extract(const ExtractOptions & options, Context & context)
   settings.smooth = options.smooth;
   settings.rawDiameters = options.rawDiameters;
   settings.resample = !options.noResample;
+  settings.joinPieces = options.joinPieces;
   settings.stub = !options.noStub;
   ExtractionReport report;
   lumo::VesselTreeData::Pointer tree =
@@ -153,7 +155,8 @@ addExtractCommand(CLI::App & app, Context & context)
     "Skeleton parts not connected to the root are left out and counted in a note.\n"
     "A thick trunk that thinning takes away (the tree then starts at its first branching) is given back: the root\n"
     "vessel is extended towards the thickest part of the mask that no vessel covers, if that part is at least two\n"
-    "voxels in radius and in line with the root (--no-stub leaves it out).\n"
+    "voxels in radius and in line with the root (--no-stub leaves it out). Terminal vessels, which thinning stops\n"
+    "short, are extended along their last 2 mm to a radius before the mask ends.\n"
     "Slices thicker than twice the in-plane spacing are first interpolated (shape-based: signed distances to the\n"
     "contour of each slice, linear between slices, thresholded at 0) to near-isotropic voxels; the tree stays in\n"
     "the file's world coordinates. Messages of the thinning code are shown as notes on standard error.\n"
@@ -166,9 +169,16 @@ addExtractCommand(CLI::App & app, Context & context)
   command->add_option("mask", options->input, "The binary vessel segmentation (3-D image)")->required();
   command->add_option("-o,--output", options->output, "Where to write the tree (.ves or .vtp)")->required();
   command->add_option("--label", options->label, "The vessels' label in a label map (default: every voxel but 0)");
-  command->add_flag("--no-resample",
-                    options->noResample,
-                    "Thin thick slices as they are (default: interpolate them to near-isotropic voxels first)");
+  CLI::Option * noResample =
+    command->add_flag("--no-resample",
+                      options->noResample,
+                      "Thin thick slices as they are (default: interpolate them to near-isotropic voxels first)");
+  command
+    ->add_flag("--join-pieces",
+               options->joinPieces,
+               "When interpolating thick slices, move a piece of a slice that overlaps nothing in the next one towards "
+               "the nearest piece there: more thin oblique branches stay connected, at some cost in their precision")
+    ->excludes(noResample);
   command->add_flag(
     "--no-stub", options->noStub, "Do not extend the root towards a thick part of the mask that no vessel covers");
   command->add_option("--start", options->start, "Voxel index i,j,k of the root (default: thickest end point)");

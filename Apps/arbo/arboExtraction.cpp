@@ -153,7 +153,7 @@ extractVesselTree(lumo::Image * image,
   if (factor > 1)
   {
     const double thickness = mask->GetSpacing()[2];
-    mask = interpolateSlices(mask, factor, vesselVoxels);
+    mask = interpolateSlices(mask, factor, vesselVoxels, settings.joinPieces);
     if (!quiet)
     {
       notes << "arbo: note: slices of " << thickness << " mm interpolated to " << mask->GetSpacing()[2] << " mm ("
@@ -271,6 +271,10 @@ extractVesselTree(lumo::Image * image,
     smooth->Update();
     tree = smooth->GetOutput();
     tree->DisconnectPipeline();
+  }
+  if (extendTerminalVessels(tree->GetVesselTreeData(0), mask) > 0)
+  {
+    tree->AttributesModified();
   }
   if (!settings.rawDiameters)
   {

@@ -34,6 +34,8 @@ struct ExtractionSettings
   unsigned int smooth{ 2 };
   bool rawDiameters{ false };
   bool resample{ true };
+  // With resample: pieces of thick slices that overlap nothing in the next slice move towards the nearest piece.
+  bool joinPieces{ false };
   bool stub{ true };
 };
 

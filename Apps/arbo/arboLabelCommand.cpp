@@ -6,7 +6,6 @@
 
 #include "lumoVesselTreeOperation.h"
 
-#include "VesselLabelTransfer.h"
 #include "VesselLabels.h"
 
 #include <CLI/CLI.hpp>
@@ -30,6 +29,7 @@ struct LabelOptions
   bool hide{ false };
   bool show{ false };
   std::string from;
+  bool noSplit{ false };
 };
 
 /** Every vessel takes the labels of the nearest vessel of a reference tree. */
@@ -38,14 +38,26 @@ transferLabels(const LabelOptions & options, Context & context)
 {
   lumo::VesselTreeData::Pointer reference = readVesselTree(options.from, context.quiet ? nullptr : &context.err);
   lumo::VesselTreeData::Pointer data = readVesselTree(options.input, context.quiet ? nullptr : &context.err);
-  const std::size_t labelled =
-    transferLabelsFrom(reference->GetVesselTreeData(0), data->GetVesselTreeData(0), options.from);
+  // A vessel that runs along two differently labelled reference vessels is split first and takes both.
+  std::size_t split = 0;
+  const std::size_t labelled = transferLabelsFrom(
+    reference->GetVesselTreeData(0), data->GetVesselTreeData(0), options.from, !options.noSplit, &split);
+  if (split > 0)
+  {
+    data->TopologyModified();
+  }
   data->DeactivateAll(0);
   writeData(data, options.output);
   if (!context.quiet)
   {
     context.err << "arbo: " << labelled << " vessels took the type, segment and resection status of their nearest "
-                << "vessel in " << options.from << "\narbo: wrote " << options.output << "\n";
+                << "vessel in " << options.from << "\n";
+    if (split > 0)
+    {
+      context.err << "arbo: note: " << split << " vessels were split off where the labels of the nearest vessels in "
+                  << options.from << " change along them; --no-split keeps every vessel whole\n";
+    }
+    context.err << "arbo: wrote " << options.output << "\n";
   }
 }
 
@@ -185,6 +197,8 @@ addLabelCommand(CLI::App & app, Context & context)
     "the hepatic territories HS_LSV .. HS_RLS, undefined (or 1-27). Status: resect, keep, risk, undefined (or 1-4).\n"
     "A segment is taken only by vessels it fits: portal segments by portal veins, hepatic territories by hepatic "
     "veins. Changing the type resets a segment that no longer fits.\n"
+    "With --from, a vessel along two differently labelled reference vessels (a branching the tree lacks) is first\n"
+    "split where their labels change, so that it takes both; --no-split keeps every vessel whole.\n"
     "Examples: arbo label portal.ves -o planned.ves --vessel 6 --select subtree --status resect\n"
     "          arbo label portal.ves -o fixed.ves --vessel 12 --segment S_VII\n"
     "          arbo label extracted.ves -o labelled.ves --from reference.ves");
@@ -205,6 +219,12 @@ addLabelCommand(CLI::App & app, Context & context)
     actions->add_option("--from", options->from, "Take every vessel's labels from the nearest vessel of this tree");
   actions->require_option(1);
   from->excludes(vessel);
+  command
+    ->add_flag("--no-split",
+               options->noSplit,
+               "With --from: keep each vessel whole (one label each) instead of splitting it where the labels of the "
+               "nearest reference vessels change")
+    ->needs(from);
   command->callback([options, vessel, &context] {
     options->vesselGiven = vessel->count() > 0;
     label(*options, context);

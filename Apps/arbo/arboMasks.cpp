@@ -111,8 +111,172 @@ sliceInterpolationFactor(const lumo::Image * mask)
   return static_cast<unsigned int>(std::lround(spacing[2] / inPlane));
 }
 
+namespace
+{
+/** A connected piece (8-connected) of one slice of a mask: its pixels (indices within the slice) and centroid. */
+struct SlicePiece
+{
+  std::vector<std::size_t> pixels;
+  double cx{ 0.0 };
+  double cy{ 0.0 };
+  // Bounding box in pixels, to skip far pieces quickly.
+  long x0{ 0 };
+  long y0{ 0 };
+  long x1{ 0 };
+  long y1{ 0 };
+};
+
+std::vector<SlicePiece>
+piecesOf(const unsigned char * slice, std::size_t nx, std::size_t ny)
+{
+  std::vector<SlicePiece> pieces;
+  std::vector<char> seen(nx * ny, 0);
+  std::vector<std::size_t> stack;
+  for (std::size_t start = 0; start < nx * ny; ++start)
+  {
+    if (slice[start] == 0 || seen[start])
+    {
+      continue;
+    }
+    SlicePiece piece;
+    seen[start] = 1;
+    stack.push_back(start);
+    while (!stack.empty())
+    {
+      const std::size_t i = stack.back();
+      stack.pop_back();
+      piece.pixels.push_back(i);
+      const long x = static_cast<long>(i % nx);
+      const long y = static_cast<long>(i / nx);
+      for (long dy = -1; dy <= 1; ++dy)
+        for (long dx = -1; dx <= 1; ++dx)
+        {
+          const long u = x + dx;
+          const long v = y + dy;
+          if (u < 0 || v < 0 || u >= static_cast<long>(nx) || v >= static_cast<long>(ny))
+          {
+            continue;
+          }
+          const std::size_t j = static_cast<std::size_t>(v) * nx + static_cast<std::size_t>(u);
+          if (slice[j] != 0 && !seen[j])
+          {
+            seen[j] = 1;
+            stack.push_back(j);
+          }
+        }
+    }
+    piece.x0 = piece.x1 = static_cast<long>(start % nx);
+    piece.y0 = piece.y1 = static_cast<long>(start / nx);
+    for (std::size_t i : piece.pixels)
+    {
+      piece.cx += static_cast<double>(i % nx);
+      piece.cy += static_cast<double>(i / nx);
+      piece.x0 = std::min(piece.x0, static_cast<long>(i % nx));
+      piece.x1 = std::max(piece.x1, static_cast<long>(i % nx));
+      piece.y0 = std::min(piece.y0, static_cast<long>(i / nx));
+      piece.y1 = std::max(piece.y1, static_cast<long>(i / nx));
+    }
+    piece.cx /= static_cast<double>(piece.pixels.size());
+    piece.cy /= static_cast<double>(piece.pixels.size());
+    pieces.push_back(std::move(piece));
+  }
+  return pieces;
+}
+
+/** A piece of one slice that overlaps nothing in the neighbouring slice, moved towards the nearest piece there
+ *  while it is interpolated: an oblique thin vessel is cut by thick slices into pieces that do not overlap from
+ *  slice to slice, and interpolating the distances in place would leave a gap between every two of them. */
+struct MovingPiece
+{
+  const SlicePiece * piece{ nullptr };
+  // Where its centroid arrives in the other slice (pixels), and whether it starts in the lower slice.
+  double dx{ 0.0 };
+  double dy{ 0.0 };
+  bool lower{ true };
+};
+
+/** The pieces of `from` that overlap nothing in `to`, each paired with the piece of `to` that comes nearest to it
+ *  (edge to edge, at most `reach` mm). */
+void
+findMovingPieces(const std::vector<SlicePiece> & from,
+                 const unsigned char * to,
+                 const std::vector<SlicePiece> & toPieces,
+                 std::size_t nx,
+                 double sx,
+                 double sy,
+                 double reach,
+                 bool lower,
+                 std::vector<MovingPiece> & moving)
+{
+  for (const SlicePiece & piece : from)
+  {
+    if (std::any_of(piece.pixels.begin(), piece.pixels.end(), [to](std::size_t i) { return to[i] != 0; }))
+    {
+      continue;
+    }
+    double nearestGap = std::numeric_limits<double>::max();
+    const SlicePiece * target = nullptr;
+    for (const SlicePiece & other : toPieces)
+    {
+      const double bx = std::max<double>(0.0, static_cast<double>(std::max(other.x0 - piece.x1, piece.x0 - other.x1)));
+      const double by = std::max<double>(0.0, static_cast<double>(std::max(other.y0 - piece.y1, piece.y0 - other.y1)));
+      if (bx * sx > reach || by * sy > reach)
+      {
+        continue;
+      }
+      for (std::size_t j : other.pixels)
+      {
+        const double ox = static_cast<double>(j % nx);
+        const double oy = static_cast<double>(j / nx);
+        for (std::size_t i : piece.pixels)
+        {
+          const double gx = (ox - static_cast<double>(i % nx)) * sx;
+          const double gy = (oy - static_cast<double>(i / nx)) * sy;
+          const double gap = gx * gx + gy * gy;
+          if (gap < nearestGap)
+          {
+            nearestGap = gap;
+            target = &other;
+          }
+        }
+      }
+    }
+    if (target == nullptr || std::sqrt(nearestGap) > reach)
+    {
+      continue;
+    }
+    MovingPiece move;
+    move.piece = &piece;
+    move.lower = lower;
+    if (target->pixels.size() <= 4 * piece.pixels.size())
+    {
+      // Pieces of like size are the cuts of one vessel: centroid to centroid follows its centre line.
+      move.dx = target->cx - piece.cx;
+      move.dy = target->cy - piece.cy;
+    }
+    else
+    {
+      // A branch meeting a thicker vessel: towards the nearest pixel of it.
+      double nearest = std::numeric_limits<double>::max();
+      for (std::size_t j : target->pixels)
+      {
+        const double gx = (static_cast<double>(j % nx) - piece.cx) * sx;
+        const double gy = (static_cast<double>(j / nx) - piece.cy) * sy;
+        if (gx * gx + gy * gy < nearest)
+        {
+          nearest = gx * gx + gy * gy;
+          move.dx = static_cast<double>(j % nx) - piece.cx;
+          move.dy = static_cast<double>(j / nx) - piece.cy;
+        }
+      }
+    }
+    moving.push_back(move);
+  }
+}
+} // namespace
+
 lumo::Image::Pointer
-interpolateSlices(const lumo::Image * mask, unsigned int factor, std::size_t & voxels)
+interpolateSlices(const lumo::Image * mask, unsigned int factor, std::size_t & voxels, bool joinPieces)
 {
   using SliceType = itk::Image<unsigned char, 2>;
   const auto input = lumo::ImageToItkImage<unsigned char>(mask);
@@ -163,6 +327,22 @@ interpolateSlices(const lumo::Image * mask, unsigned int factor, std::size_t & v
     }
   }
 
+  // Pieces of a slice that overlap nothing in the next slice (or the previous) and the moves that join them.
+  const double reach = 1.5 * spacing[2];
+  std::vector<std::vector<SlicePiece>> pieces(size[2]);
+  for (std::size_t z = 0; joinPieces && z < size[2]; ++z)
+  {
+    pieces[z] = piecesOf(input->GetBufferPointer() + z * sliceVoxels, size[0], size[1]);
+  }
+  std::vector<std::vector<MovingPiece>> moves(size[2]);
+  for (std::size_t z = 0; joinPieces && z + 1 < size[2]; ++z)
+  {
+    const unsigned char * lower = input->GetBufferPointer() + z * sliceVoxels;
+    const unsigned char * upper = lower + sliceVoxels;
+    findMovingPieces(pieces[z], upper, pieces[z + 1], size[0], spacing[0], spacing[1], reach, true, moves[z]);
+    findMovingPieces(pieces[z + 1], lower, pieces[z], size[0], spacing[0], spacing[1], reach, false, moves[z]);
+  }
+
   auto output = MaskType::New();
   MaskType::SizeType outputSize = size;
   outputSize[2] = (size[2] - 1) * factor + 1;
@@ -196,8 +376,37 @@ interpolateSlices(const lumo::Image * mask, unsigned int factor, std::size_t & v
     for (std::size_t i = 0; i < sliceVoxels; ++i)
     {
       out[i] = (1.0f - t) * a[i] + t * b[i] < 0.0f ? 1 : 0;
-      voxels += out[i];
     }
+    // A moving piece is drawn on its way from its own slice to just past the middle, so that the pieces from both
+    // sides overlap there; the dome that the distances leave in its place would be a bump beside its path.
+    for (const MovingPiece & move : moves[below])
+    {
+      for (std::size_t i : move.piece->pixels)
+      {
+        out[i] = 0;
+      }
+    }
+    for (const MovingPiece & move : moves[below])
+    {
+      const bool drawn = move.lower ? 2 * offset <= factor + 1 : 2 * offset + 1 >= factor;
+      if (!drawn)
+      {
+        continue;
+      }
+      const double f = move.lower ? t : 1.0 - t;
+      const long sx = std::lround(f * move.dx);
+      const long sy = std::lround(f * move.dy);
+      for (std::size_t i : move.piece->pixels)
+      {
+        const long x = static_cast<long>(i % size[0]) + sx;
+        const long y = static_cast<long>(i / size[0]) + sy;
+        if (x >= 0 && y >= 0 && x < static_cast<long>(size[0]) && y < static_cast<long>(size[1]))
+        {
+          out[static_cast<std::size_t>(y) * size[0] + static_cast<std::size_t>(x)] = 1;
+        }
+      }
+    }
+    voxels += static_cast<std::size_t>(std::count(out, out + sliceVoxels, 1));
   }
   return lumo::ImportItkImage(output.GetPointer());
 }
@@ -482,5 +691,84 @@ extendRootTowards(const ArVesselTree & tree, const lumo::Image * mask, const Unc
   result.length = length;
   result.radius = thickest;
   return result;
+}
+
+std::size_t
+extendTerminalVessels(const ArVesselTree & tree, const lumo::Image * mask)
+{
+  if (tree.isNull() || tree->getRoot().isNull())
+  {
+    return 0;
+  }
+  MaskGeometry g;
+  g.image = lumo::ImageToItkImage<unsigned char>(mask).GetPointer();
+  g.size = g.image->GetLargestPossibleRegion().GetSize();
+  const MaskType::SpacingType & spacing = g.image->GetSpacing();
+  const double voxel = std::max({ spacing[0], spacing[1], spacing[2] });
+  const double step = 0.25 * std::min({ spacing[0], spacing[1], spacing[2] });
+
+  std::vector<ar<Vessel>> ends;
+  std::unique_ptr<TreeIterator<ar<Vessel>>> it(tree->newPreorderIterator());
+  while (it->hasNext())
+  {
+    ar<Vessel> vessel = it->next();
+    if (!vessel.isNull() && vessel->numberOfPoints() >= 2 && tree->isLeaf(vessel))
+    {
+      ends.push_back(vessel);
+    }
+  }
+  std::size_t extended = 0;
+  for (ar<Vessel> & vessel : ends)
+  {
+    const VesselPoint last = vessel->getPoints().back();
+    const double radius = std::max(0.5 * last.diameter, 0.5 * voxel);
+    itk::Point<double, 3> end;
+    end[0] = last.x;
+    end[1] = last.y;
+    end[2] = last.z;
+    // The direction of the last stretch, not of the last step, which thinning makes jagged.
+    const double stretch = std::max(2.0, 2.0 * radius);
+    itk::Point<double, 3> back = end;
+    double walked = 0.0;
+    for (std::size_t i = vessel->numberOfPoints() - 1; i-- > 0 && walked < stretch;)
+    {
+      const VesselPoint & p = vessel->getPoint(i);
+      itk::Point<double, 3> q;
+      q[0] = p.x;
+      q[1] = p.y;
+      q[2] = p.z;
+      walked += (q - back).GetNorm();
+      back = q;
+    }
+    itk::Vector<double, 3> direction = end - back;
+    const double norm = direction.GetNorm();
+    if (norm < step || !g.inMask(end))
+    {
+      continue;
+    }
+    direction /= norm;
+    const double most = std::max(5.0, 4.0 * radius);
+    double reach = 0.0;
+    while (reach + step <= most + radius && g.inMask(end + direction * (reach + step)))
+    {
+      reach += step;
+    }
+    const double length = std::min(most, reach - radius);
+    if (length < 0.5 * voxel)
+    {
+      continue;
+    }
+    Vessel::PointList points = vessel->getPoints();
+    const int pieces = std::max(1, static_cast<int>(std::ceil(length / voxel)));
+    for (int s = 1; s <= pieces; ++s)
+    {
+      const itk::Point<double, 3> p = end + direction * (length * s / pieces);
+      points.push_back(
+        VesselPoint{ static_cast<float>(p[0]), static_cast<float>(p[1]), static_cast<float>(p[2]), last.diameter });
+    }
+    vessel->setPoints(std::move(points));
+    ++extended;
+  }
+  return extended;
 }
 } // namespace arbo

@@ -31,9 +31,12 @@ sliceInterpolationFactor(const lumo::Image * mask);
  *  are interpolated linearly between neighbouring slices and thresholded at 0. The result has (slices - 1) * factor + 1
  * slices, the original ones unchanged at every factor-th place, and the same origin and direction with the slice
  * spacing divided by factor, so world coordinates stay as they were. `voxels` receives the new number of mask voxels.
+ * With `joinPieces`, a piece of a slice (8-connected) that overlaps nothing in the next slice is moved, between the
+ * two, towards the nearest piece there (at most a slice spacing away, edge to edge): thin oblique vessels, cut into
+ * pieces that do not overlap from slice to slice, then stay connected.
  */
 lumo::Image::Pointer
-interpolateSlices(const lumo::Image * mask, unsigned int factor, std::size_t & voxels);
+interpolateSlices(const lumo::Image * mask, unsigned int factor, std::size_t & voxels, bool joinPieces = false);
 /** A thick part of a vessel mask that no vessel of a tree covers: its thickest voxel (world coordinates, mm) and
  *  the radius of the mask there (its distance to the background and half a voxel, mm). */
 struct UncoveredPart
@@ -64,6 +67,14 @@ thickestUncoveredPart(const ArVesselTree & tree, const lumo::Image * mask);
  *  tree is left as it is. The tree should start near the part (extracted from the voxel nearest to its centre). */
 StubResult
 extendRootTowards(const ArVesselTree & tree, const lumo::Image * mask, const UncoveredPart & part);
+
+/** Thinning ends a terminal vessel's centre line well inside the vessel's end, so that the organ around the end
+ *  goes to a neighbour. Each terminal vessel (no children; the root only when it is the whole tree) is extended
+ *  along the direction of its last 2 mm (at least its diameter) up to its end radius before the mask ends on
+ *  that line, where the centre of a rounded end lies; by at most four end radii and 5 mm, whichever is more. The
+ *  new points, about a voxel apart, keep the end's diameter. Answers how many vessels were extended. */
+std::size_t
+extendTerminalVessels(const ArVesselTree & tree, const lumo::Image * mask);
 } // namespace arbo
 
 #endif

@@ -29,12 +29,22 @@ compareVesselTrees(const ArVesselTree & truth,
 }
 
 std::size_t
-transferLabelsFrom(const ArVesselTree & reference, const ArVesselTree & tree, const std::string & referenceName)
+transferLabelsFrom(const ArVesselTree & reference,
+                   const ArVesselTree & tree,
+                   const std::string & referenceName,
+                   bool split,
+                   std::size_t * splits)
 {
+  // A reference without points splits nothing, so the refusal below leaves the tree as it was.
+  const std::size_t added = split ? VesselLabelTransfer::splitAtLabelChanges(reference, tree) : 0;
   const std::size_t labelled = VesselLabelTransfer::transfer(reference, tree);
   if (labelled == 0)
   {
     throw Error(referenceName, "holds no centre-line points to take labels from");
+  }
+  if (splits != nullptr)
+  {
+    *splits = added;
   }
   return labelled;
 }

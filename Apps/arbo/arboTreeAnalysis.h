@@ -20,10 +20,16 @@ compareVesselTrees(const ArVesselTree & truth,
                    double minimumRadiusVoxels);
 
 /** Gives every vessel of `tree` the type, segment and resection status of the nearest vessel of `reference`;
- *  returns how many vessels were labelled. Throws arbo::Error naming the reference when it holds no centre-line
- *  point. */
+ *  returns how many vessels were labelled. With `split`, a vessel along two differently labelled reference vessels
+ *  is first split where their labels change (VesselLabelTransfer::splitAtLabelChanges), and `splits`, when given,
+ *  receives the number of parts added. Throws arbo::Error naming the reference when it holds no centre-line point;
+ *  the tree is then left as it was. */
 std::size_t
-transferLabelsFrom(const ArVesselTree & reference, const ArVesselTree & tree, const std::string & referenceName);
+transferLabelsFrom(const ArVesselTree & reference,
+                   const ArVesselTree & tree,
+                   const std::string & referenceName,
+                   bool split = true,
+                   std::size_t * splits = nullptr);
 } // namespace arbo
 
 #endif

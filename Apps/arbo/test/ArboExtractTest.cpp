@@ -317,6 +317,129 @@ TEST_F(ArboExtract, ThickSlicesAreInterpolatedSoThatADiagonalVesselStaysWhole)
   EXPECT_GT(length, 56.6 + 10.0);
 }
 
+TEST_F(ArboExtract, JoinPiecesKeepsAThinSteepVesselConnectedAcrossThickSlices)
+{
+  // A vessel of radius 1 mm at 60 degrees from the slice normal, slices of 5 mm, pixels of 0.5 mm: each slice cuts
+  // it in an ellipse 4 mm long, and the ellipses of neighbouring slices lie 8.7 mm apart, 4.7 mm edge to edge.
+  const unsigned int nx = 180;
+  const unsigned int ny = 40;
+  const unsigned int nz = 11;
+  auto image = newImage(itk::IOComponentEnum::UCHAR, nx, ny, nz);
+  auto * data = static_cast<unsigned char *>(image->GetData());
+  const double from[3] = { 10.0, 10.0, 5.0 };
+  const double d[3] = { 40.0 * std::sqrt(3.0), 0.0, 40.0 };
+  for (unsigned int k = 0; k < nz; ++k)
+    for (unsigned int j = 0; j < ny; ++j)
+      for (unsigned int i = 0; i < nx; ++i)
+      {
+        const double p[3] = { 0.5 * i - from[0], 0.5 * j - from[1], 5.0 * k - from[2] };
+        double t = (p[0] * d[0] + p[1] * d[1] + p[2] * d[2]) / (d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
+        t = std::min(1.0, std::max(0.0, t));
+        const double q[3] = { p[0] - t * d[0], p[1] - t * d[1], p[2] - t * d[2] };
+        data[(k * ny + j) * nx + i] = q[0] * q[0] + q[1] * q[1] + q[2] * q[2] <= 1.0 ? 1 : 0;
+      }
+  lumo::Vector3D spacing;
+  spacing[0] = 0.5;
+  spacing[1] = 0.5;
+  spacing[2] = 5.0;
+  image->SetSpacing(spacing);
+  lumo::WriteImageFile(image, path("steep.nrrd"));
+
+  // Interpolated in place, the pieces stay apart: the tree is one of them.
+  ArboRun run = runArbo({ "extract", path("steep.nrrd"), "-o", path("apart.ves") });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_NE(run.err.find("not connected to the root"), std::string::npos) << run.err;
+
+  run = runArbo({ "extract", path("steep.nrrd"), "-o", path("joined.ves"), "--join-pieces" });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.err.find("not connected to the root"), std::string::npos) << run.err;
+  auto tree = readTree(path("joined.ves"));
+  EXPECT_EQ(tree->numberOfNodes(), 1);
+  double length = 0.0;
+  std::unique_ptr<TreeIterator<ar<Vessel>>> it(tree->newPreorderIterator());
+  while (it->hasNext())
+  {
+    const auto & points = it->next()->getPoints();
+    for (std::size_t i = 1; i < points.size(); ++i)
+    {
+      const VesselPoint & p = points[i];
+      const VesselPoint & q = points[i - 1];
+      length += std::sqrt((p.x - q.x) * (p.x - q.x) + (p.y - q.y) * (p.y - q.y) + (p.z - q.z) * (p.z - q.z));
+    }
+  }
+  // 80 mm long; each end is known only to half a slice along the vessel (5 mm at this angle).
+  EXPECT_NEAR(length, 80.0, 10.0);
+
+  // Joining needs the interpolation: refused with --no-resample, nothing written.
+  const std::vector<std::string> before = files();
+  run = runArbo({ "extract", path("steep.nrrd"), "-o", path("raw.ves"), "--join-pieces", "--no-resample" });
+  EXPECT_NE(run.status, 0);
+  EXPECT_EQ(run.err.rfind("arbo: --no-resample excludes --join-pieces\n", 0), 0u) << run.err;
+  EXPECT_EQ(files(), before);
+}
+
+TEST_F(ArboExtract, TerminalVesselsReachTheCentreOfTheirRoundedEnds)
+{
+  // A Y of tubes with rounded ends, pixels of 0.5 mm: a stem of radius 1.5 mm from (5, 20, 10) to (25, 20, 10) mm
+  // and two branches from there to (45, 10, 10) and (45, 30, 10), tapering to 0.7 mm. Thinning stops short of the
+  // thin ends.
+  const unsigned int nx = 100;
+  const unsigned int ny = 80;
+  const unsigned int nz = 40;
+  auto image = newImage(itk::IOComponentEnum::UCHAR, nx, ny, nz);
+  auto * data = static_cast<unsigned char *>(image->GetData());
+  const double segments[3][2][3] = { { { 5, 20, 10 }, { 25, 20, 10 } },
+                                     { { 25, 20, 10 }, { 45, 10, 10 } },
+                                     { { 25, 20, 10 }, { 45, 30, 10 } } };
+  for (unsigned int k = 0; k < nz; ++k)
+    for (unsigned int j = 0; j < ny; ++j)
+      for (unsigned int i = 0; i < nx; ++i)
+        for (const auto & s : segments)
+        {
+          const double p[3] = { 0.5 * i - s[0][0], 0.5 * j - s[0][1], 0.5 * k - s[0][2] };
+          const double d[3] = { s[1][0] - s[0][0], s[1][1] - s[0][1], s[1][2] - s[0][2] };
+          double t = (p[0] * d[0] + p[1] * d[1] + p[2] * d[2]) / (d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
+          t = std::min(1.0, std::max(0.0, t));
+          const double q[3] = { p[0] - t * d[0], p[1] - t * d[1], p[2] - t * d[2] };
+          const double r = &s == &segments[0] ? 1.5 : 1.5 - 0.8 * t;
+          if (q[0] * q[0] + q[1] * q[1] + q[2] * q[2] <= r * r)
+          {
+            data[(k * ny + j) * nx + i] = 1;
+          }
+        }
+  lumo::Vector3D spacing;
+  spacing.Fill(0.5);
+  image->SetSpacing(spacing);
+  lumo::WriteImageFile(image, path("y.nrrd"));
+
+  ArboRun run = runArbo({ "-q", "extract", path("y.nrrd"), "-o", path("y.ves") });
+  ASSERT_EQ(run.status, 0) << run.err;
+  auto tree = readTree(path("y.ves"));
+  ASSERT_EQ(tree->numberOfNodes(), 3);
+  std::vector<VesselPoint> ends;
+  std::unique_ptr<TreeIterator<ar<Vessel>>> it(tree->newPreorderIterator());
+  while (it->hasNext())
+  {
+    const ar<Vessel> vessel = it->next();
+    if (tree->isLeaf(vessel))
+    {
+      ends.push_back(vessel->getPoints().back());
+    }
+  }
+  ASSERT_EQ(ends.size(), 2u);
+  for (const VesselPoint & end : ends)
+  {
+    // The root starts at one of the three ends; the other two are the leaves' ends. Thinning alone stops a pixel
+    // (0.5 mm) short of them.
+    double nearest = 1e9;
+    for (const double * trueEnd : { segments[0][0], segments[1][1], segments[2][1] })
+    {
+      nearest = std::min(nearest, std::hypot(end.x - trueEnd[0], end.y - trueEnd[1], end.z - trueEnd[2]));
+    }
+    EXPECT_LT(nearest, 0.4) << end.x << ", " << end.y << ", " << end.z;
+  }
+}
+
 TEST_F(ArboExtract, MessagesOfTheThinningCodeBecomeNotesOnStandardError)
 {
   // A block with a dent in its top, thinned with slices twice the pixel size: the voxel under the dent faces the

@@ -167,6 +167,15 @@ TEST_F(ArboLabel, LabelsComeFromTheNearestVesselOfAReferenceTree)
   EXPECT_EQ(idsWhere(path("labelled.ves"), [](const Vessel & v) { return v.getProperties().getSegmentType() == 8; }),
             idsWhere(sample, [](const Vessel & v) { return v.getProperties().getSegmentType() == 8; }));
 
+  // The same tree splits nowhere: --no-split gives the same file.
+  run = runArbo({ "-q", "label", path("bare.ves"), "-o", path("whole.ves"), "--from", path("plan.ves"), "--no-split" });
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(readFile(path("whole.ves")), readFile(path("labelled.ves")));
+  ArboRun alone = runArbo({ "label", path("bare.ves"), "-o", path("x.ves"), "--vessel", "3", "--hide", "--no-split" });
+  EXPECT_EQ(alone.status, 2);
+  EXPECT_EQ(alone.err.rfind("arbo: --no-split requires --from\n", 0), 0u) << alone.err;
+  EXPECT_FALSE(std::filesystem::exists(path("x.ves")));
+
   ArboRun both =
     runArbo({ "label", path("bare.ves"), "-o", path("x.ves"), "--from", path("plan.ves"), "--vessel", "3" });
   EXPECT_EQ(both.status, 2);
