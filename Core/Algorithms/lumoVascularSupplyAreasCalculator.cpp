@@ -1,13 +1,11 @@
 #include "lumoVascularSupplyAreasCalculator.h"
 
-#include "SuppliedTissueClassifier.h"
+#include "lumoOrganVoxelFrame.h"
+
 #include "VesselIDRelabeling.h"
 #include "VesselTreeSamplers.h"
 
-#include <itkMultiThreaderBase.h>
 #include <itkOutputWindow.h>
-#include <vtkMatrix4x4.h>
-#include <vtkSmartPointer.h>
 
 #include <memory>
 #include <sstream>
@@ -17,35 +15,6 @@ namespace lumo
 namespace
 {
 const char * const generateDataSignature = "void lumo::VascularSupplyAreasCalculator::GenerateData()";
-
-/** A Pic descriptor that shows the image's own voxels instead of a copy (the organ is read only), so that the
- *  computation holds no second organ volume. The voxels stay the image's: they are detached before the
- *  descriptor is freed. */
-struct BorrowedPic
-{
-  explicit BorrowedPic(const Image * image)
-    : pic(lumoIpPicNew())
-  {
-    pic->data = const_cast<void *>(image->GetData());
-    pic->type = image->IsFloatingPoint() ? lumoIpPicFloat : image->IsSignedInteger() ? lumoIpPicInt : lumoIpPicUInt;
-    pic->bpe = image->GetBitsPerComponent();
-    pic->dim = image->GetDimension();
-    for (unsigned int axis = 0; axis < pic->dim && axis < 3; ++axis)
-    {
-      pic->n[axis] = image->GetDimension(axis);
-    }
-  }
-  ~BorrowedPic()
-  {
-    pic->data = nullptr;
-    lumoIpPicFree(pic);
-  }
-  BorrowedPic(const BorrowedPic &) = delete;
-  BorrowedPic &
-  operator=(const BorrowedPic &) = delete;
-
-  lumoIpPicDescriptor * pic;
-};
 } // namespace
 
 VascularSupplyAreasCalculator::VascularSupplyAreasCalculator()
@@ -146,12 +115,12 @@ VascularSupplyAreasCalculator::GenerateData()
   {
     throw itk::ExceptionObject(__FILE__, __LINE__, "No valid organ segmentation found", generateDataSignature);
   }
-  BorrowedPic organPic(organ);
-  if (organPic.pic->dim != 3)
+  OrganVoxelFrame organFrame(organ);
+  if (organFrame.GetPic()->dim != 3)
   {
     throw itk::ExceptionObject(__FILE__, __LINE__, "Organ segmentation has wrong dimension", generateDataSignature);
   }
-  if (organPic.pic->type != lumoIpPicUInt || organPic.pic->bpe != 8)
+  if (organFrame.GetPic()->type != lumoIpPicUInt || organFrame.GetPic()->bpe != 8)
   {
     throw itk::ExceptionObject(
       __FILE__, __LINE__, "Organ segmentation has wrong type ( should be lumoIpUInt1_t)", generateDataSignature);
@@ -171,47 +140,7 @@ VascularSupplyAreasCalculator::GenerateData()
                                     generateDataSignature);
   }
 
-  // Voxels are classified at index times spacing, without origin.
-  const Vector3D spacing = organ->GetSpacing();
-  auto organVolume = std::make_unique<ThreeDPicAccessor<unsigned char>>(organPic.pic, false, 0);
-  organVolume->setVoxelSize(
-    static_cast<float>(spacing[0]), static_cast<float>(spacing[1]), static_cast<float>(spacing[2]));
-  organVolume->setOrigin(0.0f, 0.0f, 0.0f);
-
-  // World to that frame: the index-to-world matrix with the spacing divided out of its columns, inverted.
-  auto matrix = vtkSmartPointer<vtkMatrix4x4>::New();
-  organ->GetGeometry(0)->GetIndexToWorldMatrix(matrix);
-  for (int row = 0; row < 3; ++row)
-  {
-    for (int column = 0; column < 3; ++column)
-    {
-      matrix->SetElement(row, column, matrix->GetElement(row, column) / spacing[column]);
-    }
-  }
-  matrix->Invert();
-  double worldToVoxelFrame[4][4];
-  for (int row = 0; row < 4; ++row)
-  {
-    for (int column = 0; column < 4; ++column)
-    {
-      worldToVoxelFrame[row][column] = matrix->GetElement(row, column);
-    }
-  }
-
-  auto classifier = std::make_unique<SuppliedTissueClassifier>(organVolume.get(), tree);
-  classifier->setComputeDistance(false);
-  classifier->setOwnsOrganVolume(false);
-  classifier->setTransformation(worldToVoxelFrame);
-  // The voxel loop's work units run on the filter's multi-threader (ITK's thread pool), each a whole share of
-  // the loop that takes rows of voxel blocks until none are left.
-  itk::MultiThreaderBase * threader = this->GetMultiThreader();
-  classifier->setWorkRunner(
-    [threader](unsigned int units, const std::function<void(unsigned int)> & work) {
-      threader->SetNumberOfWorkUnits(units);
-      threader->ParallelizeArray(
-        0, units, [&work](itk::SizeValueType unit) { work(static_cast<unsigned int>(unit)); }, nullptr);
-    },
-    this->GetNumberOfWorkUnits());
+  auto classifier = organFrame.NewClassifier(tree, this->GetMultiThreader(), this->GetNumberOfWorkUnits());
   classifier->setProgressCallback([this](double done) { this->UpdateProgress(static_cast<float>(done)); });
 
   AbstractVesselTreeSampler * sampler = nullptr;

@@ -1,16 +1,14 @@
 #include "lumoVascularTerritoryRPG.h"
 
 #include "lumoLabelImageSurfaceFilter.h"
+#include "lumoOrganVoxelFrame.h"
 #include "lumoSurface.h"
 #include "lumoVesselTreeLookupTable.h"
 
 #include "LinkedTreeWalk.h"
-#include "SuppliedTissueClassifier.h"
 #include "VesselTreeSamplers.h"
 
 #include <itkMultiThreaderBase.h>
-#include <vtkMatrix4x4.h>
-#include <vtkSmartPointer.h>
 
 #include <algorithm>
 #include <memory>
@@ -19,33 +17,6 @@ namespace lumo
 {
 namespace
 {
-/** A Pic descriptor over the organ's own voxels (read only), so that no second organ volume is held. */
-struct BorrowedPic
-{
-  explicit BorrowedPic(const Image * image)
-    : pic(lumoIpPicNew())
-  {
-    pic->data = const_cast<void *>(image->GetData());
-    pic->type = lumoIpPicUInt;
-    pic->bpe = 8;
-    pic->dim = 3;
-    for (unsigned int axis = 0; axis < 3; ++axis)
-    {
-      pic->n[axis] = image->GetDimension(axis);
-    }
-  }
-  ~BorrowedPic()
-  {
-    pic->data = nullptr;
-    lumoIpPicFree(pic);
-  }
-  BorrowedPic(const BorrowedPic &) = delete;
-  BorrowedPic &
-  operator=(const BorrowedPic &) = delete;
-
-  lumoIpPicDescriptor * pic;
-};
-
 /** Whether the tree has a vessel of that type with at least one point (one that can supply tissue). */
 bool
 hasSupplyingVessel(const ArVesselTree & tree, std::int32_t type)
@@ -205,45 +176,9 @@ VascularTerritoryRPG::TerritoriesOf(Territories & cache, const VesselTreeData * 
   }
   cache = Territories();
 
-  BorrowedPic organPic(organ);
-  const Vector3D spacing = organ->GetSpacing();
-  auto organVolume = std::make_unique<ThreeDPicAccessor<unsigned char>>(organPic.pic, false, 0);
-  organVolume->setVoxelSize(
-    static_cast<float>(spacing[0]), static_cast<float>(spacing[1]), static_cast<float>(spacing[2]));
-  organVolume->setOrigin(0.0f, 0.0f, 0.0f);
-
-  // World to the spacing-scaled, origin-free voxel frame the classifier works in.
-  auto matrix = vtkSmartPointer<vtkMatrix4x4>::New();
-  organ->GetGeometry(0)->GetIndexToWorldMatrix(matrix);
-  for (int row = 0; row < 3; ++row)
-  {
-    for (int column = 0; column < 3; ++column)
-    {
-      matrix->SetElement(row, column, matrix->GetElement(row, column) / spacing[column]);
-    }
-  }
-  matrix->Invert();
-  double worldToVoxelFrame[4][4];
-  for (int row = 0; row < 4; ++row)
-  {
-    for (int column = 0; column < 4; ++column)
-    {
-      worldToVoxelFrame[row][column] = matrix->GetElement(row, column);
-    }
-  }
-
-  auto classifier = std::make_unique<SuppliedTissueClassifier>(organVolume.get(), data->GetVesselTreeData(0));
-  classifier->setComputeDistance(false);
-  classifier->setOwnsOrganVolume(false);
-  classifier->setTransformation(worldToVoxelFrame);
-  itk::MultiThreaderBase * threader = this->GetMultiThreader();
-  classifier->setWorkRunner(
-    [threader](unsigned int units, const std::function<void(unsigned int)> & work) {
-      threader->SetNumberOfWorkUnits(units);
-      threader->ParallelizeArray(
-        0, units, [&work](itk::SizeValueType unit) { work(static_cast<unsigned int>(unit)); }, nullptr);
-    },
-    this->GetNumberOfWorkUnits());
+  OrganVoxelFrame organFrame(organ);
+  auto classifier =
+    organFrame.NewClassifier(data->GetVesselTreeData(0), this->GetMultiThreader(), this->GetNumberOfWorkUnits());
   if (vesselType == PortalVein)
   {
     classifier->setVesselTreeSampler(new PortaVesselTreeSampler());

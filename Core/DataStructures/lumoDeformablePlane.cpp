@@ -303,8 +303,21 @@ DeformablePlane::GetControlPointsAsPointSet() const
 }
 
 void
-DeformablePlane::RecordUndo(UndoController * undo, Operation * operation, Operation * inverse, const char * description)
+DeformablePlane::ExecuteAndRecord(UndoController * undo,
+                                  Operation * operation,
+                                  Operation * inverse,
+                                  const char * description)
 {
+  try
+  {
+    this->ExecuteOperation(operation);
+  }
+  catch (...)
+  {
+    delete operation;
+    delete inverse;
+    throw;
+  }
   if (undo != nullptr)
   {
     undo->SetOperationEvent(new OperationEvent(this, operation, inverse, description));
@@ -326,17 +339,7 @@ DeformablePlane::MoveControlPoint(unsigned int index, const Point3D & point, Und
   const Point3D old = m_ControlPoints[index];
   auto * operation = new DeformablePlaneOperation(DeformablePlaneOperation::MovePoint, index, point);
   auto * inverse = new DeformablePlaneOperation(DeformablePlaneOperation::MovePoint, index, old);
-  try
-  {
-    this->ExecuteOperation(operation);
-  }
-  catch (...)
-  {
-    delete operation;
-    delete inverse;
-    throw;
-  }
-  this->RecordUndo(undo, operation, inverse, "Move control point");
+  this->ExecuteAndRecord(undo, operation, inverse, "Move control point");
 }
 
 unsigned int
@@ -345,17 +348,7 @@ DeformablePlane::AddControlPoint(const Point3D & point, UndoController * undo)
   const auto index = static_cast<unsigned int>(m_ControlPoints.size());
   auto * operation = new DeformablePlaneOperation(DeformablePlaneOperation::InsertPoint, index, point);
   auto * inverse = new DeformablePlaneOperation(DeformablePlaneOperation::RemovePoint, index, point);
-  try
-  {
-    this->ExecuteOperation(operation);
-  }
-  catch (...)
-  {
-    delete operation;
-    delete inverse;
-    throw;
-  }
-  this->RecordUndo(undo, operation, inverse, "Add control point");
+  this->ExecuteAndRecord(undo, operation, inverse, "Add control point");
   return index;
 }
 
@@ -369,17 +362,7 @@ DeformablePlane::RemoveControlPoint(unsigned int index, UndoController * undo)
   const Point3D old = m_ControlPoints[index];
   auto * operation = new DeformablePlaneOperation(DeformablePlaneOperation::RemovePoint, index, old);
   auto * inverse = new DeformablePlaneOperation(DeformablePlaneOperation::InsertPoint, index, old);
-  try
-  {
-    this->ExecuteOperation(operation);
-  }
-  catch (...)
-  {
-    delete operation;
-    delete inverse;
-    throw;
-  }
-  this->RecordUndo(undo, operation, inverse, "Remove control point");
+  this->ExecuteAndRecord(undo, operation, inverse, "Remove control point");
 }
 
 void

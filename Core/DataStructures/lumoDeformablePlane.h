@@ -265,8 +265,10 @@ private:
   CheckControlPoints() const;
   void
   UpdateBounds();
+  /** Executes the operation and hands it with its inverse to the undo controller (or deletes both when there is
+   *  none, or when the operation throws). */
   void
-  RecordUndo(UndoController * undo, Operation * operation, Operation * inverse, const char * description);
+  ExecuteAndRecord(UndoController * undo, Operation * operation, Operation * inverse, const char * description);
   /** Height h and its gradient at (u, v). */
   double
   EvaluateHeightAndGradient(double u, double v, double & du, double & dv) const;

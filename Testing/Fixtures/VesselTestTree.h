@@ -3,6 +3,7 @@
 
 #include "ArVesselTree.h"
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -24,6 +25,57 @@ addChild(VesselNode * parent, int id)
   auto * node = new VesselNode(parent, makeVessel(id));
   parent->addChild(node);
   return node;
+}
+
+/** One vessel of a hand-made tree: id, labels and centre-line points. */
+struct VesselRecipe
+{
+  std::int32_t id;
+  std::int32_t type;
+  std::int32_t segment;
+  std::int32_t status;
+  std::vector<VesselPoint> points;
+};
+
+inline ar<Vessel>
+makeVessel(const VesselRecipe & recipe)
+{
+  ar<Vessel> vessel(new Vessel());
+  vessel->setVesselId(recipe.id);
+  vessel->getProperties().setBloodVesselType(recipe.type);
+  vessel->getProperties().setSegmentType(recipe.segment);
+  vessel->getProperties().setResectionStatus(recipe.status);
+  for (const VesselPoint & p : recipe.points)
+  {
+    vessel->appendPoint(p);
+  }
+  return vessel;
+}
+
+/** A root with the given children, each child a leaf. */
+inline ArVesselTree
+makeStar(const VesselRecipe & root, const std::vector<VesselRecipe> & children)
+{
+  auto * tree = new LinkedVesselTree();
+  ArVesselTree handle(tree);
+  tree->setRoot(makeVessel(root));
+  for (const VesselRecipe & child : children)
+  {
+    auto * node = new VesselNode(tree->getRootNode(), makeVessel(child));
+    tree->getRootNode()->addChild(node);
+  }
+  return handle;
+}
+
+/** The first recipe as the root, every other one a leaf child of it (none: an empty tree). */
+inline ArVesselTree
+makeStar(const std::vector<VesselRecipe> & vessels)
+{
+  if (vessels.empty())
+  {
+    return ArVesselTree(new LinkedVesselTree());
+  }
+  return makeStar(vessels.front(), std::vector<VesselRecipe>(vessels.begin() + 1, vessels.end()));
 }
 
 /** The fixed three-level tree used by the iterator tests:

@@ -1,3 +1,4 @@
+#include "ArboPictureSupport.h"
 #include "ArboTestSupport.h"
 
 #include "arboFiles.h"
@@ -42,33 +43,6 @@ protected:
     writer->SetFileName(path(name).c_str());
     writer->Update();
     return path(name);
-  }
-
-  /** Pixels whose colour is the given colour under white light: a multiple k of it (shading), k >= 0.3. */
-  static int
-  pixelsOfColor(const std::string & png, const lumo::VesselTreeLookupTable::ColorType & color)
-  {
-    auto reader = vtkSmartPointer<vtkPNGReader>::New();
-    reader->SetFileName(png.c_str());
-    reader->Update();
-    vtkImageData * image = reader->GetOutput();
-    const int * dims = image->GetDimensions();
-    const int components = image->GetNumberOfScalarComponents();
-    const auto * pixel = static_cast<const unsigned char *>(image->GetScalarPointer());
-    const double cc = color[0] * color[0] + color[1] * color[1] + color[2] * color[2];
-    int count = 0;
-    for (int i = 0; i < dims[0] * dims[1]; ++i, pixel += components)
-    {
-      const double p[3] = { pixel[0] / 255.0, pixel[1] / 255.0, pixel[2] / 255.0 };
-      const double k = (p[0] * color[0] + p[1] * color[1] + p[2] * color[2]) / cc;
-      double residual = 0;
-      for (int c = 0; c < 3; ++c)
-      {
-        residual = std::max(residual, std::abs(p[c] - k * color[c]));
-      }
-      count += (k >= 0.3 && residual < 0.04) ? 1 : 0;
-    }
-    return count;
   }
 };
 } // namespace
@@ -287,19 +261,7 @@ mps(const std::vector<std::array<double, 3>> & points)
 int
 cyanPixels(const std::string & png)
 {
-  auto reader = vtkSmartPointer<vtkPNGReader>::New();
-  reader->SetFileName(png.c_str());
-  reader->Update();
-  vtkImageData * image = reader->GetOutput();
-  const int * dims = image->GetDimensions();
-  const int components = image->GetNumberOfScalarComponents();
-  const auto * pixel = static_cast<const unsigned char *>(image->GetScalarPointer());
-  int count = 0;
-  for (int i = 0; i < dims[0] * dims[1]; ++i, pixel += components)
-  {
-    count += (pixel[1] - pixel[0] > 40 && pixel[2] - pixel[0] > 40) ? 1 : 0;
-  }
-  return count;
+  return countPixels(png, [](int red, int green, int blue) { return green - red > 40 && blue - red > 40; });
 }
 } // namespace
 

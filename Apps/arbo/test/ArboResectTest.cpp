@@ -1,4 +1,5 @@
 #include "ArboTestSupport.h"
+#include "HandTreeSupport.h"
 
 #include "ArVesselTree.h"
 #include "lumoCalyxSceneIO.h"
@@ -18,46 +19,14 @@ using namespace arbo_test;
 
 namespace
 {
-struct VesselRecipe
-{
-  int parent;
-  int id;
-  int type;
-  int status;
-  std::vector<float> x;
-};
+using hand_tree::VesselRecipe;
 
 void
 writeTree(const std::string & file, const std::vector<VesselRecipe> & recipes)
 {
-  LinkedVesselTree tree;
-  std::vector<VesselNode *> nodes;
-  for (const VesselRecipe & recipe : recipes)
-  {
-    ar<Vessel> vessel(new Vessel());
-    vessel->setVesselId(recipe.id);
-    vessel->getProperties().setBloodVesselType(recipe.type);
-    vessel->getProperties().setResectionStatus(recipe.status);
-    for (float x : recipe.x)
-    {
-      vessel->appendPoint({ x, 0.0f, 0.0f, 1.0f });
-    }
-    if (recipe.parent < 0)
-    {
-      tree.setRoot(vessel);
-      nodes.push_back(tree.getRootNode());
-    }
-    else
-    {
-      VesselNode * parent = nodes[static_cast<std::size_t>(recipe.parent)];
-      auto * node = new VesselNode(parent, vessel);
-      parent->addChild(node);
-      nodes.push_back(node);
-    }
-  }
   std::ofstream out(file);
   out.imbue(std::locale::classic());
-  tree.write(out);
+  hand_tree::makeTree(recipes).data->GetVesselTreeData(0)->write(out);
 }
 
 /** A row of 21 voxels of 1 mm along x: 0..19 organ, 20 outside. */

@@ -1,4 +1,5 @@
 #include "ArboTestSupport.h"
+#include "VesselTestTree.h"
 
 #include "ArVesselTree.h"
 #include "lumoImageAccess.h"
@@ -10,45 +11,18 @@
 #include <locale>
 
 using namespace arbo_test;
+using vessel_test::makeStar;
+using vessel_test::VesselRecipe;
 
 namespace
 {
-struct VesselRecipe
-{
-  int id;
-  int type;
-  int segment;
-  int status;
-  std::vector<VesselPoint> points;
-};
-
 void
 writeTree(const std::string & file, const std::vector<VesselRecipe> & vessels)
 {
-  LinkedVesselTree tree;
-  for (const VesselRecipe & recipe : vessels)
-  {
-    ar<Vessel> vessel(new Vessel());
-    vessel->setVesselId(recipe.id);
-    vessel->getProperties().setBloodVesselType(recipe.type);
-    vessel->getProperties().setSegmentType(recipe.segment);
-    vessel->getProperties().setResectionStatus(recipe.status);
-    for (const VesselPoint & p : recipe.points)
-    {
-      vessel->appendPoint(p);
-    }
-    if (!tree.hasRoot())
-    {
-      tree.setRoot(vessel);
-    }
-    else
-    {
-      tree.getRootNode()->addChild(new VesselNode(tree.getRootNode(), vessel));
-    }
-  }
+  ArVesselTree tree = makeStar(vessels);
   std::ofstream out(file);
   out.imbue(std::locale::classic());
-  tree.write(out);
+  tree->write(out);
 }
 
 /** A 10 x 4 x 3 organ at origin (-5, 20, 100) with spacing (2, 2.5, 4) (20 mm^3 per voxel); the slab x < 2 is
@@ -60,14 +34,8 @@ makeOrgan(itk::IOComponentEnum type = itk::IOComponentEnum::UCHAR,
           double tumour = 0.0)
 {
   auto organ = lumo::Image::New();
-  lumo::Vector3D spacing;
-  spacing[0] = 2.0;
-  spacing[1] = 2.5;
-  spacing[2] = dimension == 3 ? 4.0 : 1.0;
-  lumo::Point3D origin;
-  origin[0] = -5.0;
-  origin[1] = 20.0;
-  origin[2] = dimension == 3 ? 100.0 : 0.0;
+  lumo::Vector3D spacing = lumotest::V(2.0, 2.5, dimension == 3 ? 4.0 : 1.0);
+  lumo::Point3D origin = lumotest::P(-5.0, 20.0, dimension == 3 ? 100.0 : 0.0);
   lumo::Geometry3D::DirectionType direction;
   direction.SetIdentity();
   organ->Initialize(type, { { 10, 4, dimension == 3 ? 3u : 1u } }, spacing, origin, direction, dimension);

@@ -1,3 +1,4 @@
+#include "ArboPictureSupport.h"
 #include "ArboTestSupport.h"
 
 #include "arboViewer.h"
@@ -11,11 +12,9 @@
 #include "RenderedVesselTree.h"
 #include "TubeMask.h"
 
-#include <vtkCommand.h>
 #include <vtkImageData.h>
 #include <vtkPNGReader.h>
 #include <vtkPolyData.h>
-#include <vtkRenderWindowInteractor.h>
 
 #include <iostream>
 
@@ -101,52 +100,6 @@ protected:
     return viewer;
   }
 
-  static void
-  click(arbo::Viewer & viewer, double x, double y, double z)
-  {
-    vtkRenderer * r = viewer.renderer()->GetVtkRenderer();
-    r->SetWorldPoint(x, y, z, 1.0);
-    r->WorldToDisplay();
-    double display[3];
-    r->GetDisplayPoint(display);
-    vtkRenderWindowInteractor * window = viewer.windowInteractor();
-    window->SetEventInformation(static_cast<int>(std::lround(display[0])), static_cast<int>(std::lround(display[1])));
-    window->InvokeEvent(vtkCommand::LeftButtonPressEvent);
-    window->InvokeEvent(vtkCommand::LeftButtonReleaseEvent);
-  }
-  static void
-  press(arbo::Viewer & viewer, const char * keySymbol)
-  {
-    vtkRenderWindowInteractor * window = viewer.windowInteractor();
-    window->SetEventInformation(0, 0, 0, 0, keySymbol[1] == '\0' ? keySymbol[0] : 0, 1, keySymbol);
-    window->InvokeEvent(vtkCommand::KeyPressEvent);
-  }
-  /** Pixels whose colour is the given colour under white light: a multiple k of it (shading), k >= 0.3. */
-  static int
-  pixelsOfColor(const std::string & png, const lumo::VesselTreeLookupTable::ColorType & color)
-  {
-    auto reader = vtkSmartPointer<vtkPNGReader>::New();
-    reader->SetFileName(png.c_str());
-    reader->Update();
-    vtkImageData * image = reader->GetOutput();
-    const int * dims = image->GetDimensions();
-    const int components = image->GetNumberOfScalarComponents();
-    const auto * pixel = static_cast<const unsigned char *>(image->GetScalarPointer());
-    const double cc = color[0] * color[0] + color[1] * color[1] + color[2] * color[2];
-    int count = 0;
-    for (int i = 0; i < dims[0] * dims[1]; ++i, pixel += components)
-    {
-      const double p[3] = { pixel[0] / 255.0, pixel[1] / 255.0, pixel[2] / 255.0 };
-      const double k = (p[0] * color[0] + p[1] * color[1] + p[2] * color[2]) / cc;
-      double residual = 0;
-      for (int c = 0; c < 3; ++c)
-      {
-        residual = std::max(residual, std::abs(p[c] - k * color[c]));
-      }
-      count += (k >= 0.3 && residual < 0.04) ? 1 : 0;
-    }
-    return count;
-  }
   static std::vector<std::int32_t>
   activeVessels(const arbo::Viewer & viewer)
   {
@@ -185,15 +138,15 @@ TEST_F(ArboVesselSurface, ViewerShowsTheColouredSurfaceAndPicksOnIt)
 
   // 4 mm beside vessel 2's centre line: on the 6 mm mask surface, off its 2 mm tube.
   const double beside[3] = { 50 + 4 * 15 / std::hypot(15.0, 10.0), 15 - 4 * 10 / std::hypot(15.0, 10.0), 0 };
-  click(*viewer, beside[0], beside[1], 6);
+  click(*viewer, at(*viewer, beside[0], beside[1], 6));
   EXPECT_EQ(activeVessels(*viewer), std::vector<std::int32_t>{ 2 });
 
   press(*viewer, "t");
   EXPECT_EQ(viewer->statusText(), "Tubes");
   EXPECT_EQ(mapper->GetPolyDataMapper()->GetInput(), mapper->GetSurface());
-  click(*viewer, 55, -22.5, 2); // on vessel 3's tube
+  click(*viewer, at(*viewer, 55, -22.5, 2)); // on vessel 3's tube
   EXPECT_EQ(activeVessels(*viewer), std::vector<std::int32_t>{ 3 });
-  click(*viewer, beside[0], beside[1], 6); // beside the tube now: vessel 2 is not hit
+  click(*viewer, at(*viewer, beside[0], beside[1], 6)); // beside the tube now: vessel 2 is not hit
   EXPECT_NE(activeVessels(*viewer), std::vector<std::int32_t>{ 2 });
   press(*viewer, "t");
   EXPECT_EQ(viewer->statusText(), "Centre lines");

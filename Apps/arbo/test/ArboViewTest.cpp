@@ -1,3 +1,4 @@
+#include "ArboPictureSupport.h"
 #include "ArboTestSupport.h"
 
 #include "arboViewer.h"
@@ -9,9 +10,6 @@
 #include "lumoVesselTreeFileWriter.h"
 
 #include "RenderedVesselTree.h"
-
-#include <vtkCommand.h>
-#include <vtkRenderWindowInteractor.h>
 
 #include <nlohmann/json.hpp>
 
@@ -48,35 +46,6 @@ protected:
     auto viewer = std::make_unique<arbo::Viewer>(options, m_Context);
     viewer->show();
     return viewer;
-  }
-
-  /** Display position of a world point in the viewer's window. */
-  static std::array<int, 2>
-  at(const arbo::Viewer & viewer, double x, double y, double z)
-  {
-    vtkRenderer * r = viewer.renderer()->GetVtkRenderer();
-    r->SetWorldPoint(x, y, z, 1.0);
-    r->WorldToDisplay();
-    double display[3];
-    r->GetDisplayPoint(display);
-    return { static_cast<int>(std::lround(display[0])), static_cast<int>(std::lround(display[1])) };
-  }
-
-  /** A press and release without motion, through the window's own event handling. */
-  static void
-  click(arbo::Viewer & viewer, const std::array<int, 2> & position, bool shift = false)
-  {
-    vtkRenderWindowInteractor * window = viewer.windowInteractor();
-    window->SetEventInformation(position[0], position[1], 0, shift ? 1 : 0);
-    window->InvokeEvent(vtkCommand::LeftButtonPressEvent);
-    window->InvokeEvent(vtkCommand::LeftButtonReleaseEvent);
-  }
-  static void
-  press(arbo::Viewer & viewer, const char * keySymbol, bool shift = false)
-  {
-    vtkRenderWindowInteractor * window = viewer.windowInteractor();
-    window->SetEventInformation(0, 0, 0, shift ? 1 : 0, keySymbol[1] == '\0' ? keySymbol[0] : 0, 1, keySymbol);
-    window->InvokeEvent(vtkCommand::KeyPressEvent);
   }
 
   /** The labels (type, segment, status, active) of vessels 1 to 4 of a saved tree. */

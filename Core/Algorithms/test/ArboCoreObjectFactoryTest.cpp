@@ -34,16 +34,6 @@ using namespace lumo;
 
 namespace
 {
-using Pairs = std::vector<std::pair<std::string, std::string>>;
-
-Pairs
-sorted(const CoreObjectFactoryBase::MultimapType & map)
-{
-  Pairs pairs(map.begin(), map.end());
-  std::sort(pairs.begin(), pairs.end());
-  return pairs;
-}
-
 /** Collects the log lines while alive. */
 class LogCapture
 {
@@ -172,55 +162,10 @@ TEST(ArboCoreObjectFactory, ExtensionMapsHoldTheModulesPatterns)
   ArboCoreObjectFactory * factory = registeredFactory();
   ASSERT_NE(factory, nullptr);
 
-  Pairs open = {
-    { "*.rs", "Scene descriptions" },
-    { "*.seq", "VALD Pic" },
-    { "*.pic", "VALD Pic" },
-    { "*.pic.gz", "VALD Pic" },
-    { "*.seq.gz", "VALD Pic" },
-    { "*.mhd", "MetaImage" },
-    { "*.mps", "Point sets" },
-    { "*.stl", "Surface files" },
-    { "*.vtk", "Surface files" },
-    { "*.vtp", "Surface files" },
-    { "*.obj", "Surface files" },
-    { "*.stl", "STL files" },
-    { "*.vtk", "VTK surface files" },
-    { "*.pvtk", "VTK image files" },
-    { "*.ves", "Vessel files" },
-    { "*.uvg", "Vessel files" },
-    { "*.dvg", "Vessel files" },
-    { "*.par", "PAR/REC files" },
-    { "hpsonos.db", "DSR files" },
-    { "HPSONOS.DB", "DSR files" },
-    { "*.VOL", "GE US files" },
-    { "*.V00", "GE US files" },
-    { "*.dcm", "DICOM files" },
-    { "*.gdcm", "DICOM files" },
-    { "*.dc3", "DICOM files" },
-    { "*.ima", "DICOM files" },
-    { "*.nii", "NIfTI format" },
-    { "*.png", "Sets of 2D slices" },
-    { "*.bmp", "Sets of 2D slices" },
-    { "*.jpg", "Sets of 2D slices" },
-    { "*.jpeg", "Sets of 2D slices" },
-    { "*.tiff", "Sets of 2D slices" },
-    { "*.tif", "Sets of 2D slices" },
-    { "*.nrrd", "Nearly Raw Raster Data" },
-    { "*.vti", "VTK Image Data Files" },
-    { "*.hdr", "Image Header Files" },
-    { "*.gipl", "UMDS GIPL Format Files" },
-    { "*.spr", "Stimulate Files" },
-    { "*.lsm", "Microscope Images" },
-  };
-  std::sort(open.begin(), open.end());
-  EXPECT_EQ(sorted(factory->GetFileExtensionsMap()), open);
-  Pairs save = {
-    { "*.dvg", "Vessel files" }, { "*.ves", "Vessel files" }, { "*.uvg", "Vessel files" }, { "*.vtp", "Surface Files" }
-  };
-  std::sort(save.begin(), save.end());
-  EXPECT_EQ(sorted(factory->GetSaveFileExtensionsMap()), save);
-
+  // The patterns are seen through the texts built from the maps: every pattern once per description (so "*.stl"
+  // and "*.vtk" twice), nothing else.
+  EXPECT_EQ(factory->GetFileExtensionsMap().size(), 39u);
+  EXPECT_EQ(factory->GetSaveFileExtensionsMap().size(), 4u);
   // Descriptions in byte order (capitals first), each with its patterns in byte order.
   EXPECT_EQ(factory->GetFileExtensions(),
             "DICOM files (*.dc3 *.dcm *.gdcm *.ima);;"

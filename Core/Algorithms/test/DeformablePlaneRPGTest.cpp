@@ -3,6 +3,8 @@
 
 #include "lumoDeformablePlaneRPG.h"
 
+#include "HandTreeSupport.h"
+
 #include <gtest/gtest.h>
 
 #include <itkMacro.h>
@@ -11,71 +13,18 @@
 #include <vector>
 
 using namespace lumo;
+using namespace hand_tree;
 
 namespace
 {
-/** One vessel: parent index into the list (-1 for the root), id, type and its points along x (y = z = 0). */
-struct VesselRecipe
-{
-  int parent;
-  std::int32_t id;
-  std::int32_t type;
-  std::vector<float> x;
-};
-
-struct HandTree
-{
-  VesselTreeData::Pointer data;
-  std::vector<ar<Vessel>> vessels;
-
-  std::int32_t
-  status(std::size_t i) const
-  {
-    return vessels[i]->getProperties().getResectionStatus();
-  }
-};
-
-HandTree
-makeTree(const std::vector<VesselRecipe> & recipes)
-{
-  auto * tree = new LinkedVesselTree();
-  ArVesselTree handle(tree);
-  HandTree result;
-  std::vector<VesselNode *> nodes;
-  for (const VesselRecipe & recipe : recipes)
-  {
-    ar<Vessel> vessel(new Vessel());
-    vessel->setVesselId(recipe.id);
-    vessel->getProperties().setBloodVesselType(recipe.type);
-    for (float x : recipe.x)
-    {
-      vessel->appendPoint({ x, 0.0f, 0.0f, 1.0f });
-    }
-    if (recipe.parent < 0)
-    {
-      tree->setRoot(vessel);
-      nodes.push_back(tree->getRootNode());
-    }
-    else
-    {
-      VesselNode * parent = nodes[static_cast<std::size_t>(recipe.parent)];
-      auto * node = new VesselNode(parent, vessel);
-      parent->addChild(node);
-      nodes.push_back(node);
-    }
-    result.vessels.push_back(vessel);
-  }
-  result.data = VesselTreeData::New();
-  result.data->initialize(handle);
-  return result;
-}
-
 /** Portal tree: root R {2, 5} (back of the plane), X {14} beyond the plane, and Y {9, 7}, X's child, back on the
  *  near side. Nearest points of the voxels 0..11 (ties to the earlier point): R 0..6, Y 7..11. */
 HandTree
 crossingPortalTree()
 {
-  return makeTree({ { -1, 1, PortalVein, { 2, 5 } }, { 0, 2, PortalVein, { 14 } }, { 1, 3, PortalVein, { 9, 7 } } });
+  return makeTree({ { -1, 1, PortalVein, UndefinedResectionStatus, { 2, 5 } },
+                    { 0, 2, PortalVein, UndefinedResectionStatus, { 14 } },
+                    { 1, 3, PortalVein, UndefinedResectionStatus, { 9, 7 } } });
 }
 
 /** Hepatic tree: root H0 {1}, H1 {13} beyond the plane, H2 {10} its child on the near side. Drainage of the voxels
@@ -83,20 +32,16 @@ crossingPortalTree()
 HandTree
 crossingHepaticTree()
 {
-  return makeTree({ { -1, 1, HepaticVein, { 1 } }, { 0, 2, HepaticVein, { 13 } }, { 1, 3, HepaticVein, { 10 } } });
+  return makeTree({ { -1, 1, HepaticVein, UndefinedResectionStatus, { 1 } },
+                    { 0, 2, HepaticVein, UndefinedResectionStatus, { 13 } },
+                    { 1, 3, HepaticVein, UndefinedResectionStatus, { 10 } } });
 }
 
+/** The row: 21 voxels along x, the first ones organ. */
 Image::Pointer
 makeRow(unsigned int organVoxels)
 {
-  auto image = Image::New();
-  Geometry3D::DirectionType direction;
-  direction.SetIdentity();
-  Vector3D spacing;
-  spacing.Fill(1.0);
-  Point3D origin;
-  origin.Fill(0.0);
-  image->Initialize(itk::IOComponentEnum::UCHAR, { { 21, 1, 1 } }, spacing, origin, direction);
+  Image::Pointer image = makeImage(21, 1, 1, spacingOf(1.0), pointAt(0.0));
   std::fill_n(static_cast<unsigned char *>(image->GetData()), organVoxels, 1);
   return image;
 }

@@ -1,6 +1,8 @@
 #include "lumoResectionPlanRPG.h"
 #include "lumoSafetyMarginRPG.h"
 
+#include "HandTreeSupport.h"
+
 #include <gtest/gtest.h>
 
 #include <vtkPolyData.h>
@@ -13,67 +15,10 @@
 #include <vector>
 
 using namespace lumo;
+using namespace hand_tree;
 
 namespace
 {
-/** One vessel of a hand-made tree: parent is an index into the recipe list (-1 for the root). */
-struct VesselRecipe
-{
-  int parent;
-  std::int32_t id;
-  std::int32_t type;
-  std::int32_t status;
-  std::vector<float> x; // points along the x axis, y = z = 0
-};
-
-struct HandTree
-{
-  VesselTreeData::Pointer data;
-  std::vector<ar<Vessel>> vessels;
-
-  std::int32_t
-  status(std::size_t i) const
-  {
-    return vessels[i]->getProperties().getResectionStatus();
-  }
-};
-
-HandTree
-makeTree(const std::vector<VesselRecipe> & recipes, float scale = 1.0f, float shift = 0.0f)
-{
-  auto * tree = new LinkedVesselTree();
-  ArVesselTree handle(tree);
-  HandTree result;
-  std::vector<VesselNode *> nodes;
-  for (const VesselRecipe & recipe : recipes)
-  {
-    ar<Vessel> vessel(new Vessel());
-    vessel->setVesselId(recipe.id);
-    vessel->getProperties().setBloodVesselType(recipe.type);
-    vessel->getProperties().setResectionStatus(recipe.status);
-    for (float x : recipe.x)
-    {
-      vessel->appendPoint({ shift + x * scale, 0.0f, 0.0f, 1.0f });
-    }
-    if (recipe.parent < 0)
-    {
-      tree->setRoot(vessel);
-      nodes.push_back(tree->getRootNode());
-    }
-    else
-    {
-      VesselNode * parent = nodes[static_cast<std::size_t>(recipe.parent)];
-      auto * node = new VesselNode(parent, vessel);
-      parent->addChild(node);
-      nodes.push_back(node);
-    }
-    result.vessels.push_back(vessel);
-  }
-  result.data = VesselTreeData::New();
-  result.data->initialize(handle);
-  return result;
-}
-
 /** Portal tree on the row: root A (id 1) at x = 10 with children B (id 2) at 4 and D (id 4) at 16; C (id 3), child
  *  of B, at 1. Pre-order A, B, C, D. Territories of the organ voxels 0..19 (ties to the earlier sample):
  *  C {0, 1, 2}, B {3..6}, A {7..13}, D {14..19}. */
@@ -99,35 +44,6 @@ hepaticTree(std::int32_t statusH3 = UndefinedResectionStatus)
   return makeTree({ { -1, 1, HepaticVein, UndefinedResectionStatus, { 19 } },
                     { 0, 2, HepaticVein, UndefinedResectionStatus, { 4 } },
                     { 1, 3, HepaticVein, statusH3, { 7 } } });
-}
-
-Image::Pointer
-makeImage(unsigned int sx, unsigned int sy, unsigned int sz, Vector3D spacing, Point3D origin)
-{
-  auto image = Image::New();
-  Geometry3D::DirectionType direction;
-  direction.SetIdentity();
-  image->Initialize(itk::IOComponentEnum::UCHAR, { { sx, sy, sz } }, spacing, origin, direction);
-  return image;
-}
-
-Vector3D
-spacingOf(double x, double y = 1.0, double z = 1.0)
-{
-  Vector3D spacing;
-  spacing[0] = x;
-  spacing[1] = y;
-  spacing[2] = z;
-  return spacing;
-}
-
-Point3D
-pointAt(double x)
-{
-  Point3D origin;
-  origin.Fill(0.0);
-  origin[0] = x;
-  return origin;
 }
 
 /** The row: 21 voxels along x, 0..19 organ, 20 outside it. */

@@ -1,6 +1,8 @@
 #include "lumoLabelStatistics.h"
 #include "lumoVascularSupplyAreasCalculator.h"
 
+#include "VesselTestTree.h"
+#include "LumoTestUtilities.h"
 #include "WarningCapture.h"
 
 #include <gtest/gtest.h>
@@ -12,48 +14,19 @@
 #include <stdexcept>
 
 using namespace lumo;
+using vessel_test::makeStar;
+using vessel_test::VesselRecipe;
 using Calculator = VascularSupplyAreasCalculator;
 using Labels = std::vector<unsigned int>;
 
 namespace
 {
-struct VesselRecipe
-{
-  std::int32_t id;
-  std::int32_t type;
-  std::int32_t segment;
-  std::int32_t status;
-  std::vector<VesselPoint> points;
-};
-
 /** A root with leaf children, as vessel tree data. */
 VesselTreeData::Pointer
 makeTree(const std::vector<VesselRecipe> & vessels)
 {
-  auto * tree = new LinkedVesselTree();
-  ArVesselTree handle(tree);
-  for (const VesselRecipe & recipe : vessels)
-  {
-    ar<Vessel> vessel(new Vessel());
-    vessel->setVesselId(recipe.id);
-    vessel->getProperties().setBloodVesselType(recipe.type);
-    vessel->getProperties().setSegmentType(recipe.segment);
-    vessel->getProperties().setResectionStatus(recipe.status);
-    for (const VesselPoint & p : recipe.points)
-    {
-      vessel->appendPoint(p);
-    }
-    if (!tree->hasRoot())
-    {
-      tree->setRoot(vessel);
-    }
-    else
-    {
-      tree->getRootNode()->addChild(new VesselNode(tree->getRootNode(), vessel));
-    }
-  }
   auto data = VesselTreeData::New();
-  data->initialize(handle);
+  data->initialize(makeStar(vessels));
   return data;
 }
 
@@ -152,14 +125,8 @@ TEST(VascularSupplyAreasCalculator, EachModeOnARowOfVoxels)
 
 TEST(VascularSupplyAreasCalculator, OutputIsAnUnsigned8BitImageWithTheOrgansGeometry)
 {
-  Vector3D spacing;
-  spacing[0] = 2.0;
-  spacing[1] = 2.0;
-  spacing[2] = 2.0;
-  Point3D origin;
-  origin[0] = 100.0;
-  origin[1] = 0.0;
-  origin[2] = 0.0;
+  Vector3D spacing = lumotest::V(2.0, 2.0, 2.0);
+  Point3D origin = lumotest::P(100.0, 0.0, 0.0);
   Image::Pointer organ = makeOrgan(4, 1, 1, spacing, origin);
   std::fill_n(static_cast<unsigned char *>(organ->GetData()), 4, 1);
   // Voxel 2 lies at world (104, 0, 0), on the S_III sample; voxel 0 (100) is nearer to the S_II one at 99.
@@ -186,14 +153,8 @@ TEST(VascularSupplyAreasCalculator, OutputIsAnUnsigned8BitImageWithTheOrgansGeom
 TEST(VascularSupplyAreasCalculator, RotatedOrganFrame)
 {
   // Axes swapped: index x runs along world y. Spacing 2 along index x, origin (0, 10, 0).
-  Vector3D spacing;
-  spacing[0] = 2.0;
-  spacing[1] = 1.0;
-  spacing[2] = 1.0;
-  Point3D origin;
-  origin[0] = 0.0;
-  origin[1] = 10.0;
-  origin[2] = 0.0;
+  Vector3D spacing = lumotest::V(2.0, 1.0, 1.0);
+  Point3D origin = lumotest::P(0.0, 10.0, 0.0);
   Image::Pointer organ = makeOrgan(5, 1, 1, spacing, origin);
   Geometry3D::DirectionType direction;
   direction.Fill(0.0);
@@ -296,14 +257,8 @@ TEST(VascularSupplyAreasCalculator, UnknownModeOnlyWarns)
 TEST(VascularSupplyAreasCalculator, SameLabelsOnOneAndOnSeveralWorkUnits)
 {
   // An ellipsoid with a branching tree whose points sit on voxel positions (ties everywhere).
-  Vector3D spacing;
-  spacing[0] = 0.75;
-  spacing[1] = 0.75;
-  spacing[2] = 1.5;
-  Point3D origin;
-  origin[0] = -12.0;
-  origin[1] = 30.0;
-  origin[2] = 7.0;
+  Vector3D spacing = lumotest::V(0.75, 0.75, 1.5);
+  Point3D origin = lumotest::P(-12.0, 30.0, 7.0);
   Image::Pointer organ = makeOrgan(48, 40, 24, spacing, origin);
   auto * data = static_cast<unsigned char *>(organ->GetData());
   for (unsigned int z = 0; z < 24; ++z)
@@ -346,10 +301,7 @@ TEST(VascularSupplyAreasCalculator, SameLabelsOnOneAndOnSeveralWorkUnits)
 
 TEST(LabelStatistics, CountsVolumesAndShares)
 {
-  Vector3D spacing;
-  spacing[0] = 2.0;
-  spacing[1] = 2.5;
-  spacing[2] = 4.0; // 20 mm^3 per voxel
+  Vector3D spacing = lumotest::V(2.0, 2.5, 4.0); // 20 mm^3 per voxel
   Point3D origin;
   origin.Fill(0.0);
   Image::Pointer labels = makeOrgan(4, 2, 1, spacing, origin);

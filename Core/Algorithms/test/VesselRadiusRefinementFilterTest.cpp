@@ -3,6 +3,8 @@
 #include "VesselTestTree.h"
 #include "WarningCapture.h"
 
+#include "LumoTestUtilities.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -23,14 +25,8 @@ cylinderMask(double radius, bool rotated = false)
   auto image = Image::New();
   Image::SizeType size;
   size.fill(40);
-  Vector3D spacing;
-  spacing[0] = 0.8;
-  spacing[1] = rotated ? 0.7 : 0.8;
-  spacing[2] = 1.2;
-  Point3D origin;
-  origin[0] = rotated ? 20 : -10;
-  origin[1] = 5;
-  origin[2] = 0;
+  Vector3D spacing = lumotest::V(0.8, rotated ? 0.7 : 0.8, 1.2);
+  Point3D origin = lumotest::P(rotated ? 20 : -10, 5, 0);
   Image::DirectionType direction;
   direction.SetIdentity();
   if (rotated)

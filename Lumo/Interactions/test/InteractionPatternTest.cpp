@@ -208,6 +208,13 @@ TEST(InteractionPatternTest, FileErrorsNameTheFile)
 TEST(InteractionPatternTest, MalformedFilesAreRefusedWithExactMessages)
 {
   const std::string machine = "<stateMachine name=\"M\">\n"; // line 7 after Events
+  // A machine M after Events: its states, or (from line 8) the body of its start state A.
+  const auto inMachine = [&machine](const std::string & states) {
+    return Document(Events + machine + states + "</stateMachine>\n");
+  };
+  const auto inStartState = [&inMachine](const std::string & body) {
+    return inMachine("<state name=\"A\" id=\"1\" start=\"true\">\n" + body + "</state>\n");
+  };
   const std::vector<std::pair<std::string, std::string>> cases = {
     // XML and root
     { "<LumoInteraction version=\"1\">\n<events>\n</LumoInteraction>\n",
@@ -289,55 +296,34 @@ TEST(InteractionPatternTest, MalformedFilesAreRefusedWithExactMessages)
       Malformed(4, "<event> without attribute \"type\" cannot have attribute \"modifiers\"") },
     // state machines
     { Document(Events + "<stateMachine/>\n"), Malformed(7, "<stateMachine> without attribute \"name\"") },
-    { Document(Events + machine + "<state name=\"A\" id=\"1\" start=\"true\"/>\n</stateMachine>\n" + machine +
-               "<state name=\"A\" id=\"1\" start=\"true\"/>\n</stateMachine>\n"),
+    { inMachine("<state name=\"A\" id=\"1\" start=\"true\"/>\n</stateMachine>\n" + machine +
+                "<state name=\"A\" id=\"1\" start=\"true\"/>\n"),
       Malformed(10, "state machine type \"M\" appears twice") },
-    { Document(Events + machine + "<transition event=\"Click\" next=\"A\"/>\n</stateMachine>\n"),
+    { inMachine("<transition event=\"Click\" next=\"A\"/>\n"),
       Malformed(8, "unexpected element <transition> in <stateMachine>, expected <state>") },
-    { Document(Events + machine + "</stateMachine>\n"), Malformed(7, "state machine \"M\" has no start state") },
-    { Document(Events + machine + "<state name=\"A\" id=\"1\"/>\n</stateMachine>\n"),
-      Malformed(7, "state machine \"M\" has no start state") },
-    { Document(Events + machine +
-               "<state name=\"A\" id=\"1\" start=\"true\"/>\n<state name=\"B\" id=\"2\" start=\"true\"/>\n"
-               "</stateMachine>\n"),
+    { inMachine(""), Malformed(7, "state machine \"M\" has no start state") },
+    { inMachine("<state name=\"A\" id=\"1\"/>\n"), Malformed(7, "state machine \"M\" has no start state") },
+    { inMachine("<state name=\"A\" id=\"1\" start=\"true\"/>\n<state name=\"B\" id=\"2\" start=\"true\"/>\n"),
       Malformed(9, "state machine \"M\" has a second start state \"B\" (the first is \"A\")") },
-    { Document(Events + machine + "<state name=\"A\" id=\"1\" start=\"yes\"/>\n</stateMachine>\n"),
+    { inMachine("<state name=\"A\" id=\"1\" start=\"yes\"/>\n"),
       Malformed(8, "attribute \"start\" of <state> is \"yes\", expected \"true\" or \"false\"") },
-    { Document(Events + machine +
-               "<state name=\"A\" id=\"1\" start=\"true\"/>\n<state name=\"A\" id=\"2\"/>\n</stateMachine>\n"),
+    { inMachine("<state name=\"A\" id=\"1\" start=\"true\"/>\n<state name=\"A\" id=\"2\"/>\n"),
       Malformed(9, "state \"A\" appears twice in state machine \"M\"") },
-    { Document(Events + machine +
-               "<state name=\"A\" id=\"1\" start=\"true\"/>\n<state name=\"B\" id=\"1\"/>\n</stateMachine>\n"),
+    { inMachine("<state name=\"A\" id=\"1\" start=\"true\"/>\n<state name=\"B\" id=\"1\"/>\n"),
       Malformed(9, "state id 1 appears twice in state machine \"M\"") },
-    { Document(Events + machine + "<state name=\"A\" id=\"-1\" start=\"true\"/>\n</stateMachine>\n"),
+    { inMachine("<state name=\"A\" id=\"-1\" start=\"true\"/>\n"),
       Malformed(8, "attribute \"id\" of <state> is \"-1\", not an integer from 0 to 2147483647") },
-    { Document(Events + machine +
-               "<state name=\"A\" id=\"1\" start=\"true\">\n<transition event=\"Clack\" next=\"A\"/>\n"
-               "</state>\n</stateMachine>\n"),
-      Malformed(9, "unknown event \"Clack\"") },
-    { Document(Events + machine +
-               "<state name=\"A\" id=\"1\" start=\"true\">\n<transition event=\"Click\" next=\"B\"/>\n"
-               "</state>\n</stateMachine>\n"),
+    { inStartState("<transition event=\"Clack\" next=\"A\"/>\n"), Malformed(9, "unknown event \"Clack\"") },
+    { inStartState("<transition event=\"Click\" next=\"B\"/>\n"),
       Malformed(9, "unknown next state \"B\" in state machine \"M\"") },
-    { Document(Events + machine +
-               "<state name=\"A\" id=\"1\" start=\"true\">\n<transition event=\"Click\"/>\n"
-               "</state>\n</stateMachine>\n"),
-      Malformed(9, "<transition> without attribute \"next\"") },
-    { Document(Events + machine +
-               "<state name=\"A\" id=\"1\" start=\"true\">\n<transition event=\"Click\" next=\"A\"/>\n"
-               "<transition event=\"Click\" next=\"A\"/>\n</state>\n</stateMachine>\n"),
+    { inStartState("<transition event=\"Click\"/>\n"), Malformed(9, "<transition> without attribute \"next\"") },
+    { inStartState("<transition event=\"Click\" next=\"A\"/>\n<transition event=\"Click\" next=\"A\"/>\n"),
       Malformed(10, "state \"A\" has a second transition for event \"Click\"") },
-    { Document(Events + machine +
-               "<state name=\"A\" id=\"1\" start=\"true\">\n<transition event=\"Click\" next=\"A\">\n"
-               "<action id=\"3x\"/>\n</transition>\n</state>\n</stateMachine>\n"),
+    { inStartState("<transition event=\"Click\" next=\"A\">\n<action id=\"3x\"/>\n</transition>\n"),
       Malformed(10, "attribute \"id\" of <action> is \"3x\", not an integer from 0 to 2147483647") },
-    { Document(Events + machine +
-               "<state name=\"A\" id=\"1\" start=\"true\">\n<transition event=\"Click\" next=\"A\">\n"
-               "<action id=\"3\" parameter=\"1\"/>\n</transition>\n</state>\n</stateMachine>\n"),
+    { inStartState("<transition event=\"Click\" next=\"A\">\n<action id=\"3\" parameter=\"1\"/>\n</transition>\n"),
       Malformed(10, "unexpected attribute \"parameter\" on <action>") },
-    { Document(Events + machine +
-               "<state name=\"A\" id=\"1\" start=\"true\">\n<transition event=\"Click\" next=\"A\">\n"
-               "<state name=\"B\" id=\"2\"/>\n</transition>\n</state>\n</stateMachine>\n"),
+    { inStartState("<transition event=\"Click\" next=\"A\">\n<state name=\"B\" id=\"2\"/>\n</transition>\n"),
       Malformed(10, "unexpected element <state> in <transition>, expected <action>") },
   };
   for (const auto & entry : cases)

@@ -4,6 +4,7 @@
 // Builders shared by the supply-area tests: labelled vessels with points, small trees, organ volumes.
 
 #include "ArVesselTree.h"
+#include "VesselTestTree.h"
 #include "ThreeDPicAccessor.h"
 #include "VesselElement.h"
 
@@ -14,44 +15,9 @@
 
 namespace supply_test
 {
-struct VesselRecipe
-{
-  std::int32_t id;
-  std::int32_t type;
-  std::int32_t segment;
-  std::int32_t status;
-  std::vector<VesselPoint> points;
-};
-
-inline ar<Vessel>
-makeVessel(const VesselRecipe & recipe)
-{
-  ar<Vessel> vessel(new Vessel());
-  vessel->setVesselId(recipe.id);
-  vessel->getProperties().setBloodVesselType(recipe.type);
-  vessel->getProperties().setSegmentType(recipe.segment);
-  vessel->getProperties().setResectionStatus(recipe.status);
-  for (const VesselPoint & p : recipe.points)
-  {
-    vessel->appendPoint(p);
-  }
-  return vessel;
-}
-
-/** A root with the given children, each child a leaf. */
-inline ArVesselTree
-makeStar(const VesselRecipe & root, const std::vector<VesselRecipe> & children)
-{
-  auto * tree = new LinkedVesselTree();
-  ArVesselTree handle(tree);
-  tree->setRoot(makeVessel(root));
-  for (const VesselRecipe & child : children)
-  {
-    auto * node = new VesselNode(tree->getRootNode(), makeVessel(child));
-    tree->getRootNode()->addChild(node);
-  }
-  return handle;
-}
+using vessel_test::makeStar;
+using vessel_test::makeVessel;
+using vessel_test::VesselRecipe;
 
 inline std::vector<std::uint16_t>
 idsOf(const VesselElementList & list)
