@@ -18,6 +18,8 @@ namespace lumo
 namespace
 {
 constexpr unsigned long MaximumTimeSteps = 100000;
+// Time steps a file may leave out (empty) below its largest index.
+constexpr unsigned long MaximumEmptyTimeSteps = 1024;
 
 std::string
 NumberToText(double value)
@@ -142,6 +144,14 @@ public:
     CheckChildren(root, "TimeStep");
 
     PointSet::Pointer pointSet = PointSet::New();
+    // Every time step up to the largest index is allocated, so indices may run ahead of the <TimeStep> elements of
+    // the file only by a bounded gap of empty steps: what is allocated stays in proportion to the file.
+    unsigned long stepsInFile = 0;
+    for (const tinyxml2::XMLElement * step = root->FirstChildElement("TimeStep"); step;
+         step = step->NextSiblingElement("TimeStep"))
+    {
+      ++stepsInFile;
+    }
     std::set<unsigned long> steps;
     for (const tinyxml2::XMLElement * step = root->FirstChildElement("TimeStep"); step;
          step = step->NextSiblingElement("TimeStep"))
@@ -151,6 +161,12 @@ public:
       if (!steps.insert(t).second)
       {
         Fail(step, "time step " + std::to_string(t) + " appears twice");
+      }
+      if (t >= stepsInFile + MaximumEmptyTimeSteps)
+      {
+        Fail(step,
+             "time step " + std::to_string(t) + " lies too far beyond the " + std::to_string(stepsInFile) +
+               " time steps of the file (at most " + std::to_string(MaximumEmptyTimeSteps) + " empty steps between)");
       }
       pointSet->Expand(static_cast<unsigned int>(t + 1));
       CheckChildren(step, "Point");

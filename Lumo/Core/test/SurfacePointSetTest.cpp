@@ -237,6 +237,10 @@ TEST_F(MalformedMpsTest, EveryAttributeIsChecked)
   EXPECT_EQ(ReadError("<?xml version=\"1.0\"?>\n<LumoPointSet version=\"1\">\n<TimeStep index=\"0\"/>\n"
                       "<TimeStep index=\"0\"/>\n</LumoPointSet>"),
             Prefix(4) + "time step 0 appears twice");
+  EXPECT_EQ(ReadError("<?xml version=\"1.0\"?>\n<LumoPointSet version=\"1\">\n<TimeStep index=\"0\"/>\n"
+                      "<TimeStep index=\"99999\"/>\n</LumoPointSet>"),
+            Prefix(4) +
+              "time step 99999 lies too far beyond the 2 time steps of the file (at most 1024 empty steps between)");
   EXPECT_EQ(ReadError("<?xml version=\"1.0\"?>\n<LumoPointSet version=\"1\">text</LumoPointSet>"),
             Prefix(2) + "unexpected text in <LumoPointSet>");
 

@@ -246,6 +246,7 @@ MPS = {
     "bad-version.mps": point_set([], root='<LumoPointSet version="2">'),
     "bad-step-twice.mps": point_set([step(0, []), step(0, [])]),
     "bad-step-too-large.mps": point_set([step(100000, [])]),
+    "bad-step-gap.mps": point_set([step(0, []), step(99999, [])]),
     "bad-id-twice.mps": point_set([step(0, [(1, 0, 0, 0), (1, 1, 1, 1)])]),
     "bad-id-too-large.mps": point_set([step(0, [(4294967296, 0, 0, 0)])]),
     "bad-not-finite.mps": point_set([step(0, [(0, "inf", 0, 0)])]),
