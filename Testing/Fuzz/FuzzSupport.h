@@ -12,6 +12,8 @@
 #include <string>
 #include <system_error>
 
+#include <tinyxml2.h>
+
 extern "C" int
 LLVMFuzzerTestOneInput(const std::uint8_t * data, std::size_t size);
 
@@ -102,6 +104,18 @@ public:
 private:
   std::filesystem::path m_Path;
 };
+/** The text tinyxml2 prints for the element that `make(document)` builds in a fresh document: the writers' form,
+ *  compared by the round-trip checks. */
+template <typename Make>
+std::string
+printedXml(Make make)
+{
+  tinyxml2::XMLDocument document;
+  document.InsertEndChild(make(document));
+  tinyxml2::XMLPrinter printer;
+  document.Print(&printer);
+  return printer.CStr();
+}
 } // namespace lumofuzz
 
 #endif

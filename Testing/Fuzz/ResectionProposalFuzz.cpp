@@ -24,11 +24,9 @@ readProperty(const tinyxml2::XMLDocument & document)
 std::string
 printProperty(const lumo::ResectionProposalDescriptorProperty & property)
 {
-  tinyxml2::XMLDocument document;
-  document.InsertEndChild(lumo::ResectionProposalDescriptorPropertySerializer::PropertyToXML(property, document));
-  tinyxml2::XMLPrinter printer;
-  document.Print(&printer);
-  return printer.CStr();
+  return lumofuzz::printedXml([&](tinyxml2::XMLDocument & document) {
+    return lumo::ResectionProposalDescriptorPropertySerializer::PropertyToXML(property, document);
+  });
 }
 } // namespace
 

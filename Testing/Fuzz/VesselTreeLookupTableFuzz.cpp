@@ -33,11 +33,9 @@ readTable(const tinyxml2::XMLDocument & document)
 std::string
 printTable(const lumo::VesselTreeLookupTable & table)
 {
-  tinyxml2::XMLDocument document;
-  document.InsertEndChild(lumo::VesselTreeLookupTablePropertySerializer::TableToXML(table, document));
-  tinyxml2::XMLPrinter printer;
-  document.Print(&printer);
-  return printer.CStr();
+  return lumofuzz::printedXml([&](tinyxml2::XMLDocument & document) {
+    return lumo::VesselTreeLookupTablePropertySerializer::TableToXML(table, document);
+  });
 }
 } // namespace
 
