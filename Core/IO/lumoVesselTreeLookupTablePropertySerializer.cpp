@@ -55,6 +55,10 @@ vectorToXML(const char * name, const ColorVectorType & colors, tinyxml2::XMLDocu
 
 constexpr int MaximumVectorSize = 1 << 20;
 
+// Entries left out stay transparent, but only this many beyond those present: the count in the file alone must not
+// decide how large the table (and every scene it is written into) becomes.
+constexpr int MaximumMissingEntries = 1024;
+
 /** Reads a vector element into `colors`; false when the element is absent. */
 bool
 vectorFromXML(const tinyxml2::XMLElement * parent, const char * name, ColorVectorType & colors)
@@ -69,12 +73,21 @@ vectorFromXML(const tinyxml2::XMLElement * parent, const char * name, ColorVecto
   {
     throw std::invalid_argument(std::string(name) + ": missing or negative size");
   }
-  // Entries left out stay transparent, so the size is not bounded by the entries present; it is by what a table
-  // of colours by type, segment or status can need (a million entries take 32 MB).
   if (size > MaximumVectorSize)
   {
     throw std::invalid_argument(std::string(name) + ": size " + std::to_string(size) + " is more than " +
                                 std::to_string(MaximumVectorSize));
+  }
+  int present = 0;
+  for (const tinyxml2::XMLElement * entry = element->FirstChildElement("rgba"); entry != nullptr && present < size;
+       entry = entry->NextSiblingElement("rgba"))
+  {
+    ++present;
+  }
+  if (size - present > MaximumMissingEntries)
+  {
+    throw std::invalid_argument(std::string(name) + ": size " + std::to_string(size) + " with only " +
+                                std::to_string(present) + " entries");
   }
   colors.assign(static_cast<std::size_t>(size), ColorType(0.0));
   for (const tinyxml2::XMLElement * entry = element->FirstChildElement("rgba"); entry != nullptr;

@@ -122,7 +122,7 @@ TEST(VesselTreeLookupTableXml, ASizeOfThirtyKeepsTheOtherEntriesTransparent)
   EXPECT_EQ(back->GetVesselTreeLookupTable()->GetColorByType(), Table::New()->GetColorByType());
 }
 
-TEST(VesselTreeLookupTableXml, AnIndexEqualToTheSizeFailsTheRead)
+TEST(VesselTreeLookupTableXml, IndicesAndSizesThatTheEntriesCannotBackFailTheRead)
 {
   lumotest::WarningCapture capture;
   EXPECT_TRUE(readProperty("<VesselTreeLookupTable><ColorByType size=\"2\"><rgba index=\"2\" r=\"1\" g=\"0\" b=\"0\" "
@@ -130,7 +130,18 @@ TEST(VesselTreeLookupTableXml, AnIndexEqualToTheSizeFailsTheRead)
                 .IsNull());
   EXPECT_TRUE(readProperty("<SomethingElse/>").IsNull());
   EXPECT_TRUE(readProperty("<VesselTreeLookupTable><ColorByType size=\"-1\"/></VesselTreeLookupTable>").IsNull());
-  EXPECT_EQ(capture.texts().size(), 3u);
+  // A size may run at most 1024 entries ahead of those present, so that a few bytes never make a large table.
+  const std::string oneEntry =
+    "\"><rgba index=\"0\" r=\"1\" g=\"0\" b=\"0\" a=\"1\"/></ColorBySegment></VesselTreeLookupTable>";
+  EXPECT_TRUE(readProperty("<VesselTreeLookupTable><ColorBySegment size=\"1026" + oneEntry).IsNull());
+  EXPECT_EQ(capture.texts().size(), 4u);
+  EXPECT_NE(capture.texts().back().find("ColorBySegment: size 1026 with only 1 entries"), std::string::npos)
+    << capture.texts().back();
+  const BaseProperty::Pointer longest = readProperty("<VesselTreeLookupTable><ColorBySegment size=\"1025" + oneEntry);
+  ASSERT_TRUE(longest.IsNotNull());
+  EXPECT_EQ(
+    dynamic_cast<VesselTreeLookupTableProperty &>(*longest).GetVesselTreeLookupTable()->GetColorBySegment().size(),
+    1025u);
 }
 
 TEST(VesselTreeLookupTableXml, TheFactoryMakesTheSerializerFoundByPropertyClass)
