@@ -7,6 +7,7 @@
 #include "lumoPruneVesselTreeFilter.h"
 #include "lumoSkeletonizationBasedImageToVesselTreeFilter.h"
 #include "lumoSmoothVesselTreeFilter.h"
+#include "lumoVesselCentreLineRefinementFilter.h"
 #include "lumoVesselRadiusRefinementFilter.h"
 
 #include "ChildMergingTreeCleaner.h"
@@ -283,6 +284,15 @@ extractVesselTree(lumo::Image * image,
     refine->SetMask(mask);
     refine->Update();
     tree = refine->GetOutput();
+    tree->DisconnectPipeline();
+  }
+  if (!settings.rawCentreLines)
+  {
+    auto centre = lumo::VesselCentreLineRefinementFilter::New();
+    centre->SetInput(tree);
+    centre->SetMask(mask);
+    centre->Update();
+    tree = centre->GetOutput();
     tree->DisconnectPipeline();
   }
   {

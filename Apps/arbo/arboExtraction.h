@@ -33,6 +33,8 @@ struct ExtractionSettings
   // Two passes take the voxel staircase out of the centre lines and, on the phantoms, bring them nearer the truth.
   unsigned int smooth{ 2 };
   bool rawDiameters{ false };
+  // Off: points stay on the thinning's voxels instead of the centres of the mask's cross-sections.
+  bool rawCentreLines{ false };
   bool resample{ true };
   // With resample: pieces of thick slices that overlap nothing in the next slice move towards the nearest piece.
   bool joinPieces{ false };

@@ -486,7 +486,8 @@ extract(const py::array & mask,
         unsigned int smooth,
         bool rawDiameters,
         bool resample,
-        bool stub)
+        bool stub,
+        bool rawCentreLines)
 {
   arbo::ExtractionSettings settings;
   if (!VesselLabels::parseBloodVesselType(type, settings.type))
@@ -525,6 +526,7 @@ extract(const py::array & mask,
   settings.rawDiameters = rawDiameters;
   settings.resample = resample;
   settings.stub = stub;
+  settings.rawCentreLines = rawCentreLines;
   const Geometry g = geometryOf(spacing, origin, direction);
   py::array converted;
   lumo::Image::Pointer image = imageOf(mask, "mask", g, converted);
@@ -963,7 +965,8 @@ PYBIND11_MODULE(_lumoarbo, m)
         py::arg("smooth"),
         py::arg("raw_diameters"),
         py::arg("resample"),
-        py::arg("stub"));
+        py::arg("stub"),
+        py::arg("raw_centre_lines"));
   m.def("supply",
         &supply,
         py::arg("organ"),

@@ -309,12 +309,17 @@ TEST_F(ArboExtract, ThickSlicesAreInterpolatedSoThatADiagonalVesselStaysWhole)
   // World coordinates: the centre line stays on the true line, within a pixel and a half.
   EXPECT_LT(offLine, 0.75);
 
-  // Thinned as they are, the slices give a staircase: connected, but far longer than the vessel.
-  run = runArbo({ "-q", "extract", path("thick.nrrd"), "-o", path("raw.ves"), "--no-resample" });
+  // Thinned as they are, the slices give a staircase: connected, but far longer than the vessel. Centring each
+  // point on its cross-section takes the steps out again.
+  run = runArbo({ "-q", "extract", path("thick.nrrd"), "-o", path("raw.ves"), "--no-resample", "--raw-centre-lines" });
   ASSERT_EQ(run.status, 0) << run.err;
   EXPECT_EQ(run.err, "");
   measureDiagonal(*readTree(path("raw.ves")), 5.0, 10.0, length, offLine);
   EXPECT_GT(length, 56.6 + 10.0);
+  run = runArbo({ "-q", "extract", path("thick.nrrd"), "-o", path("raw.ves"), "--no-resample" });
+  ASSERT_EQ(run.status, 0) << run.err;
+  measureDiagonal(*readTree(path("raw.ves")), 5.0, 10.0, length, offLine);
+  EXPECT_NEAR(length, 56.6, 5.0);
 }
 
 TEST_F(ArboExtract, JoinPiecesKeepsAThinSteepVesselConnectedAcrossThickSlices)
@@ -498,7 +503,8 @@ TEST_F(ArboExtract, ATrunkThatThinsAwayIsGivenBackAsTheRoot)
   ASSERT_EQ(run.status, 0) << run.err;
   EXPECT_NE(run.err.find("arbo: note: the root vessel was extended by "), std::string::npos) << run.err;
   // Within 0.6 voxel of the true centre lines on average.
-  EXPECT_LE(distance(path("stub.ves")), 0.6 * 2.5);
+  const double withStub = distance(path("stub.ves"));
+  EXPECT_LE(withStub, 0.6 * 2.5);
   // The root starts where the true trunk does (the hilum), within two voxels.
   const VesselPoint root = readTree(path("stub.ves"))->getRootNode()->getData()->getPoint(0);
   const VesselPoint hilum = readTree(truth)->getRootNode()->getData()->getPoint(0);
@@ -507,7 +513,8 @@ TEST_F(ArboExtract, ATrunkThatThinsAwayIsGivenBackAsTheRoot)
   run = runArbo({ "extract", mask, "-o", path("nostub.ves"), "--no-stub" });
   ASSERT_EQ(run.status, 0) << run.err;
   EXPECT_EQ(run.err.find("extended"), std::string::npos) << run.err;
-  EXPECT_GT(distance(path("nostub.ves")), 0.7 * 2.5);
+  // The trunk's stretch is missing: a quarter of a voxel further from the truth on average.
+  EXPECT_GT(distance(path("nostub.ves")), withStub + 0.25 * 2.5);
 }
 
 // Pixels of 0.5 mm with slices of 2 and 4 mm: the thinning reaches the thick axes' voxels only after several

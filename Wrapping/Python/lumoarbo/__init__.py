@@ -245,7 +245,7 @@ def _geometry(spacing, origin, direction):
 
 def extract(mask, spacing, origin=(0.0, 0.0, 0.0), direction=IDENTITY, label=None, type="portal", start=None,
             cleaned_iterations=0, endpoint_suppression=True, keep_spurs=False, prune=0.0, smooth=2,
-            raw_diameters=False, resample=True, stub=True):
+            raw_diameters=False, resample=True, stub=True, raw_centre_lines=False):
     """The vessel tree of a vessel mask, as arbo extract makes it (same defaults, same tree).
 
     mask: 3-D array (z, y, x) of any integer, float or bool type; voxels other than 0 are vessel, or with
@@ -257,7 +257,7 @@ def extract(mask, spacing, origin=(0.0, 0.0, 0.0), direction=IDENTITY, label=Non
         else [int(v) for v in start]
     record, summary = _lumoarbo.extract(mask, s, o, d, label, str(type), start_ijk, int(cleaned_iterations),
                                         bool(endpoint_suppression), bool(keep_spurs), float(prune), int(smooth),
-                                        bool(raw_diameters), bool(resample), bool(stub))
+                                        bool(raw_diameters), bool(resample), bool(stub), bool(raw_centre_lines))
     tree = Tree._of(record)
     tree.notes = summary.pop("notes")
     tree.summary = summary

@@ -18,6 +18,7 @@ class TestExtraction:
         (["--keep-spurs"], {"keep_spurs": True}),
         (["--prune", "4", "--smooth", "0"], {"prune": 4, "smooth": 0}),
         (["--raw-diameters"], {"raw_diameters": True}),
+        (["--raw-centre-lines"], {"raw_centre_lines": True}),
         (["--no-endpoint-suppression"], {"endpoint_suppression": False}),
     ])
     def test_options_reach_the_extraction(self, small, tmp_path, arguments, options):
