@@ -2,13 +2,17 @@
 // the voxel spacing (0.25 to 5 mm an axis) and the options; the rest are the voxels, one bit each (missing bits are
 // background). An empty mask is skipped, as the filter asks its callers to do. A non-empty mask is either refused with
 // a one-line exception or gives a tree whose points lie inside the mask's extent with a finite, non-negative
-// diameter; the process must never end.
+// diameter; the process must never end. The diameters measured again and the points centred on their cross-sections,
+// as arbo does next, the points stay within the centring's longest moves of that extent.
 
 #include "FuzzSupport.h"
 
 #include "ArVesselTree.h"
 #include "lumoSkeletonizationBasedImageToVesselTreeFilter.h"
+#include "lumoVesselCentreLineRefinementFilter.h"
+#include "lumoVesselRadiusRefinementFilter.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace
@@ -89,6 +93,36 @@ extractOrRefuse(const Mask & mask)
   }
   return nullptr;
 }
+
+/** Every point of the tree finite and within `slack` mm of the voxel centres' extent, every diameter finite and not
+ *  negative. */
+void
+requirePointsWithin(const lumo::VesselTreeData * output, const Mask & mask, double slack)
+{
+  const LinkedVesselTree * tree = asLinkedVesselTree(output->GetVesselTreeData(0));
+  lumofuzz::require(tree != nullptr && tree->getRootNode() != nullptr);
+  std::vector<const VesselNode *> pending{ tree->getRootNode() };
+  while (!pending.empty())
+  {
+    const VesselNode * node = pending.back();
+    pending.pop_back();
+    for (const VesselPoint & point : node->getData()->getPoints())
+    {
+      const double at[3] = { point.x, point.y, point.z };
+      for (unsigned int a = 0; a < 3; ++a)
+      {
+        // Voxel centres run from 0 to (size - 1) * spacing; smoothing stays between them.
+        const double last = (mask.size[a] - 1) * mask.spacing[a];
+        lumofuzz::require(std::isfinite(at[a]) && at[a] >= -slack - 1e-3 && at[a] <= last + slack + 1e-3);
+      }
+      lumofuzz::require(std::isfinite(point.diameter) && point.diameter >= 0);
+    }
+    for (const VesselNode * child : node->children())
+    {
+      pending.push_back(child);
+    }
+  }
+}
 } // namespace
 
 bool
@@ -117,28 +151,18 @@ LLVMFuzzerTestOneInput(const std::uint8_t * data, std::size_t size)
   {
     return 0;
   }
-  const LinkedVesselTree * tree = asLinkedVesselTree(output->GetVesselTreeData(0));
-  lumofuzz::require(tree != nullptr && tree->getRootNode() != nullptr);
-  std::vector<const VesselNode *> pending{ tree->getRootNode() };
-  while (!pending.empty())
-  {
-    const VesselNode * node = pending.back();
-    pending.pop_back();
-    for (const VesselPoint & point : node->getData()->getPoints())
-    {
-      const double at[3] = { point.x, point.y, point.z };
-      for (unsigned int a = 0; a < 3; ++a)
-      {
-        // Voxel centres run from 0 to (size - 1) * spacing; smoothing stays between them.
-        const double last = (mask.size[a] - 1) * mask.spacing[a];
-        lumofuzz::require(std::isfinite(at[a]) && at[a] >= -1e-3 && at[a] <= last + 1e-3);
-      }
-      lumofuzz::require(std::isfinite(point.diameter) && point.diameter >= 0);
-    }
-    for (const VesselNode * child : node->children())
-    {
-      pending.push_back(child);
-    }
-  }
+  requirePointsWithin(output, mask, 0.0);
+
+  // What arbo does next: the diameters measured again, each point moved onto its cross-section's centroid. A point
+  // moves at most 0.75 voxel of the largest spacing a round, two rounds; smoothing stays between the points.
+  auto radii = lumo::VesselRadiusRefinementFilter::New();
+  radii->SetInput(output);
+  radii->SetMask(mask.image);
+  auto centring = lumo::VesselCentreLineRefinementFilter::New();
+  centring->SetInput(radii->GetOutput());
+  centring->SetMask(mask.image);
+  centring->Update();
+  const double largest = std::max({ mask.spacing[0], mask.spacing[1], mask.spacing[2] });
+  requirePointsWithin(centring->GetOutput(), mask, 2.0 * centring->GetMaximumShift() * largest);
   return 0;
 }
