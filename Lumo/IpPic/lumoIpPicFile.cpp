@@ -1,5 +1,7 @@
 #include "lumoIpPicFile.h"
 
+#include "lumoTemporaryFileGuard.h"
+
 #include <zlib.h>
 
 #include <algorithm>
@@ -11,6 +13,7 @@
 #include <limits>
 #include <memory>
 #include <new>
+#include <optional>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -1185,7 +1188,17 @@ writeFile(const std::string & path, const lumoIpPicDescriptor * pic, int level, 
   }
   const std::size_t dataBytes = lumoIpPicSize(pic);
   std::string temporary;
-  const int fd = createTemporary(path, temporary, error);
+  int fd = -1;
+  // An interrupt removes the temporary file: it is listed before a signal can act on it.
+  std::optional<lumo::TemporaryFileGuard> guard;
+  {
+    const lumo::TemporaryFileGuard::DeferInterrupts deferred;
+    fd = createTemporary(path, temporary, error);
+    if (fd >= 0)
+    {
+      guard.emplace(temporary);
+    }
+  }
   if (fd < 0)
   {
     return false;

@@ -103,6 +103,36 @@ TEST_F(ArboInterruptTest, AnInterruptedConversionLeavesNoTemporaryFileAndTheEarl
   }
 }
 
+TEST_F(ArboInterruptTest, AnInterruptedSceneSaveLeavesTheEarlierSceneAsItWas)
+{
+  auto small = lumo::Image::New();
+  small->Initialize(itk::IOComponentEnum::UCHAR, { { 8, 8, 8 } });
+  lumo::WriteImageFile(small, path("small.nrrd"));
+  ArboRun run = runArbo({ "-q", "scene", "create", path("plan.rs"), path("small.nrrd") });
+  ASSERT_EQ(run.status, 0) << run.err;
+  const std::vector<std::string> earlier = files();
+  ASSERT_EQ(earlier, (std::vector<std::string>{ "plan.rs", "small.nrrd", "small.pic" }));
+  const std::string scene = readFile(path("plan.rs"));
+  const std::string data = readFile(path("small.pic"));
+  // 32 MB to stage: long enough to be interrupted before the scene's files are swapped.
+  auto big = lumo::Image::New();
+  big->Initialize(itk::IOComponentEnum::UCHAR, { { 512, 256, 256 } });
+  lumo::WriteImageFile(big, path("big.nrrd"));
+
+  for (const int signal : { SIGINT, SIGTERM })
+  {
+    SCOPED_TRACE(signal == SIGINT ? "SIGINT" : "SIGTERM");
+    const pid_t child = startArbo({ "scene", "create", path("plan.rs"), path("big.nrrd") });
+    int status = 0;
+    ASSERT_TRUE(interruptWhenPresent(child, ".~", signal, status)) << "arbo ended before it was interrupted";
+    ASSERT_TRUE(WIFSIGNALED(status)) << "exit status " << status;
+    EXPECT_EQ(WTERMSIG(status), signal);
+    EXPECT_EQ(files(), (std::vector<std::string>{ "big.nrrd", "plan.rs", "small.nrrd", "small.pic" }));
+    EXPECT_EQ(readFile(path("plan.rs")), scene);
+    EXPECT_EQ(readFile(path("small.pic")), data);
+  }
+}
+
 TEST_F(ArboInterruptTest, AnInterruptedPhantomLeavesNoStagingFolderAndNoPartOfThePhantom)
 {
   const pid_t child = startArbo({ "phantom", "--out", m_Folder.string(), "--size", "medium" });
