@@ -1142,21 +1142,29 @@ directoryOf(const std::string & path)
   return slash == 0 ? "/" : path.substr(0, slash);
 }
 
-// A new file beside the target, created exclusively so that two writers never share one.
+// A new file beside the target, created exclusively so that two writers never share one. Its name is listed for
+// removal on interrupts before the file exists: a signal may be handled by another thread at any moment.
 int
-createTemporary(const std::string & path, std::string & temporary, std::string & error)
+createTemporary(const std::string & path,
+                std::string & temporary,
+                std::optional<lumo::TemporaryFileGuard> & guard,
+                std::string & error)
 {
   static std::atomic<unsigned> counter{ 0 };
   for (int attempt = 0; attempt < 100; ++attempt)
   {
     temporary = path + ".tmp-" + std::to_string(::getpid()) + "-" + std::to_string(counter++);
+    guard.emplace(temporary);
     const int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (fd >= 0)
     {
       return fd;
     }
-    if (errno != EEXIST && errno != EINTR)
+    const int failure = errno;
+    guard.reset();
+    if (failure != EEXIST && failure != EINTR)
     {
+      errno = failure;
       error = "cannot create a temporary file beside it: " + osError();
       return -1;
     }
@@ -1188,17 +1196,8 @@ writeFile(const std::string & path, const lumoIpPicDescriptor * pic, int level, 
   }
   const std::size_t dataBytes = lumoIpPicSize(pic);
   std::string temporary;
-  int fd = -1;
-  // An interrupt removes the temporary file: it is listed before a signal can act on it.
   std::optional<lumo::TemporaryFileGuard> guard;
-  {
-    const lumo::TemporaryFileGuard::DeferInterrupts deferred;
-    fd = createTemporary(path, temporary, error);
-    if (fd >= 0)
-    {
-      guard.emplace(temporary);
-    }
-  }
+  const int fd = createTemporary(path, temporary, guard, error);
   if (fd < 0)
   {
     return false;
