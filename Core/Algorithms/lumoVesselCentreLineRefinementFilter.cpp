@@ -120,71 +120,39 @@ smoothed(Vessel::PointList & points, unsigned int passes)
 }
 } // namespace
 
-VesselCentreLineRefinementFilter::VesselCentreLineRefinementFilter()
-{
-  this->SetNumberOfRequiredInputs(2);
-}
+VesselCentreLineRefinementFilter::VesselCentreLineRefinementFilter() = default;
 
 VesselCentreLineRefinementFilter::~VesselCentreLineRefinementFilter() = default;
 
-void
-VesselCentreLineRefinementFilter::SetMask(const Image * mask)
+const char *
+VesselCentreLineRefinementFilter::GetNameOfWhatIsRefined() const
 {
-  this->SetNthInput(1, const_cast<Image *>(mask));
-}
-
-const Image *
-VesselCentreLineRefinementFilter::GetMask()
-{
-  return dynamic_cast<const Image *>(this->ProcessObject::GetInput(1));
+  return "centre lines";
 }
 
 void
-VesselCentreLineRefinementFilter::GenerateData()
+VesselCentreLineRefinementFilter::RefineVessel(const ArVesselTree & tree,
+                                               ar<Vessel> & vessel,
+                                               const MaskCrossSection & sections)
 {
-  const VesselTreeData * input = this->GetInput();
-  const Image * mask = this->GetMask();
-  if (input == nullptr || mask == nullptr)
+  if (vessel->numberOfPoints() < 3)
   {
-    itkWarningMacro("a vessel tree and a mask are needed");
-    return;
-  }
-  const MaskCrossSection sections(mask);
-  if (!sections.IsValid())
-  {
-    itkWarningMacro("the mask must be a 3-D unsigned 8-bit image; centre lines are kept");
-    this->GetOutput()->Graft(input);
     return;
   }
   const double fine = sections.GetLargestSpacing();
-  ArVesselTree tree = cloneVesselTree(input->GetVesselTreeData(0));
-  if (!tree.isNull())
-  {
-    std::unique_ptr<TreeIterator<ar<Vessel>>> it(tree->newPreorderIterator());
-    while (it->hasNext())
-    {
-      ar<Vessel> vessel = it->next();
-      if (vessel.isNull() || vessel->numberOfPoints() < 3)
-      {
-        continue;
-      }
-      FreeEnds ends;
-      ends.first = vessel == tree->getRoot();
-      ends.last = tree->isLeaf(vessel);
-      Vessel::PointList points = centred(vessel->getPoints(),
-                                         ends,
-                                         sections,
-                                         m_NumberOfIterations,
-                                         m_SlabHalfThickness * fine,
-                                         m_ReachMargin * fine,
-                                         m_MaximumShift * fine,
-                                         m_MaximumRadiusRatio);
-      smoothed(points, m_NumberOfSmoothingIterations);
-      vessel->setPoints(std::move(points));
-    }
-  }
-  VesselTreeData * output = this->GetOutput();
-  output->SetVesselTreeData(tree, 0);
+  FreeEnds ends;
+  ends.first = vessel == tree->getRoot();
+  ends.last = tree->isLeaf(vessel);
+  Vessel::PointList points = centred(vessel->getPoints(),
+                                     ends,
+                                     sections,
+                                     m_NumberOfIterations,
+                                     m_SlabHalfThickness * fine,
+                                     m_ReachMargin * fine,
+                                     m_MaximumShift * fine,
+                                     m_MaximumRadiusRatio);
+  smoothed(points, m_NumberOfSmoothingIterations);
+  vessel->setPoints(std::move(points));
 }
 
 void

@@ -2,8 +2,7 @@
 #define lumoVesselCentreLineRefinementFilter_h
 
 #include <itkObjectFactory.h>
-#include "lumoImage.h"
-#include "lumoVesselTreeToVesselTreeFilter.h"
+#include "lumoMaskedVesselTreeFilter.h"
 
 namespace lumo
 {
@@ -19,18 +18,18 @@ namespace lumo
  *
  *  Input 0 is the tree (in the mask's world coordinates), the mask is set with SetMask (unsigned 8-bit, non-zero is
  *  vessel). The output holds a copy of the tree; diameters are kept. */
-class VesselCentreLineRefinementFilter : public VesselTreeToVesselTreeFilter
+class VesselCentreLineRefinementFilter : public MaskedVesselTreeFilter
 {
 public:
   ITK_DISALLOW_COPY_AND_MOVE(VesselCentreLineRefinementFilter);
 
   using Self = VesselCentreLineRefinementFilter;
-  using Superclass = VesselTreeToVesselTreeFilter;
+  using Superclass = MaskedVesselTreeFilter;
   using Pointer = itk::SmartPointer<Self>;
   using ConstPointer = itk::SmartPointer<const Self>;
 
   itkNewMacro(Self);
-  itkTypeMacro(VesselCentreLineRefinementFilter, VesselTreeToVesselTreeFilter);
+  itkTypeMacro(VesselCentreLineRefinementFilter, MaskedVesselTreeFilter);
 
   /** Rounds of moving the points to the centroids; default 2, 0 leaves the points (but still smooths them). */
   itkSetMacro(NumberOfIterations, unsigned int);
@@ -51,18 +50,14 @@ public:
   itkSetMacro(NumberOfSmoothingIterations, unsigned int);
   itkGetConstMacro(NumberOfSmoothingIterations, unsigned int);
 
-  /** The vessel mask (input 1). */
-  void
-  SetMask(const Image * mask);
-  const Image *
-  GetMask();
-
 protected:
   VesselCentreLineRefinementFilter();
   ~VesselCentreLineRefinementFilter() override;
 
   void
-  GenerateData() override;
+  RefineVessel(const ArVesselTree & tree, ar<Vessel> & vessel, const MaskCrossSection & sections) override;
+  const char *
+  GetNameOfWhatIsRefined() const override;
   void
   PrintSelf(std::ostream & os, itk::Indent indent) const override;
 

@@ -8,103 +8,68 @@
 
 namespace lumo
 {
-VesselRadiusRefinementFilter::VesselRadiusRefinementFilter()
-{
-  this->SetNumberOfRequiredInputs(2);
-}
+VesselRadiusRefinementFilter::VesselRadiusRefinementFilter() = default;
 
 VesselRadiusRefinementFilter::~VesselRadiusRefinementFilter() = default;
 
-void
-VesselRadiusRefinementFilter::SetMask(const Image * mask)
+const char *
+VesselRadiusRefinementFilter::GetNameOfWhatIsRefined() const
 {
-  this->SetNthInput(1, const_cast<Image *>(mask));
-}
-
-const Image *
-VesselRadiusRefinementFilter::GetMask()
-{
-  return dynamic_cast<const Image *>(this->ProcessObject::GetInput(1));
+  return "diameters";
 }
 
 void
-VesselRadiusRefinementFilter::GenerateData()
+VesselRadiusRefinementFilter::RefineVessel(const ArVesselTree &, ar<Vessel> & vessel, const MaskCrossSection & sections)
 {
-  const VesselTreeData * input = this->GetInput();
-  const Image * mask = this->GetMask();
-  if (input == nullptr || mask == nullptr)
+  const std::size_t n = vessel->numberOfPoints();
+  if (n < 2)
   {
-    itkWarningMacro("a vessel tree and a mask are needed");
-    return;
-  }
-  const MaskCrossSection sections(mask);
-  if (!sections.IsValid())
-  {
-    itkWarningMacro("the mask must be a 3-D unsigned 8-bit image; diameters are kept");
-    this->GetOutput()->Graft(input);
     return;
   }
   const double largestSpacing = sections.GetLargestSpacing();
   const double halfThickness = m_SlabHalfThickness * largestSpacing;
-
-  ArVesselTree tree = cloneVesselTree(input->GetVesselTreeData(0));
-  if (!tree.isNull())
+  std::vector<double> radii(n, -1.0);
+  for (std::size_t i = 0; i < n; ++i)
   {
-    std::unique_ptr<TreeIterator<ar<Vessel>>> it(tree->newPreorderIterator());
-    while (it->hasNext())
+    const VesselPoint & a = vessel->getPoint(i == 0 ? 0 : i - 1);
+    const VesselPoint & b = vessel->getPoint(i + 1 == n ? n - 1 : i + 1);
+    double t[3] = { double(b.x) - a.x, double(b.y) - a.y, double(b.z) - a.z };
+    const double length = std::sqrt(t[0] * t[0] + t[1] * t[1] + t[2] * t[2]);
+    if (length <= 0.0)
     {
-      ar<Vessel> vessel = it->next();
-      const std::size_t n = vessel.isNull() ? 0 : vessel->numberOfPoints();
-      if (n < 2)
+      continue;
+    }
+    for (double & c : t)
+    {
+      c /= length;
+    }
+    const VesselPoint & p = vessel->getPoint(i);
+    const double point[3] = { p.x, p.y, p.z };
+    // Far enough for the wall even where the first estimate is short, near enough to leave neighbours out.
+    const double reach = std::max(0.5 * std::abs(p.diameter), 0.5 * largestSpacing) + 2.0 * largestSpacing;
+    const MaskCrossSection::Measure measure = sections.Across(point, t, reach, halfThickness);
+    radii[i] = measure.weight > 0.0 ? measure.radius : -1.0;
+  }
+  const std::size_t half = std::max(1u, m_MedianWindow) / 2;
+  for (std::size_t i = 0; i < n; ++i)
+  {
+    std::vector<double> window;
+    for (std::size_t j = (i >= half ? i - half : 0); j <= std::min(n - 1, i + half); ++j)
+    {
+      if (radii[j] > 0.0)
       {
-        continue;
-      }
-      std::vector<double> radii(n, -1.0);
-      for (std::size_t i = 0; i < n; ++i)
-      {
-        const VesselPoint & a = vessel->getPoint(i == 0 ? 0 : i - 1);
-        const VesselPoint & b = vessel->getPoint(i + 1 == n ? n - 1 : i + 1);
-        double t[3] = { double(b.x) - a.x, double(b.y) - a.y, double(b.z) - a.z };
-        const double length = std::sqrt(t[0] * t[0] + t[1] * t[1] + t[2] * t[2]);
-        if (length <= 0.0)
-        {
-          continue;
-        }
-        for (double & c : t)
-        {
-          c /= length;
-        }
-        const VesselPoint & p = vessel->getPoint(i);
-        const double point[3] = { p.x, p.y, p.z };
-        // Far enough for the wall even where the first estimate is short, near enough to leave neighbours out.
-        const double reach = std::max(0.5 * std::abs(p.diameter), 0.5 * largestSpacing) + 2.0 * largestSpacing;
-        const MaskCrossSection::Measure measure = sections.Across(point, t, reach, halfThickness);
-        radii[i] = measure.weight > 0.0 ? measure.radius : -1.0;
-      }
-      const std::size_t half = std::max(1u, m_MedianWindow) / 2;
-      for (std::size_t i = 0; i < n; ++i)
-      {
-        std::vector<double> window;
-        for (std::size_t j = (i >= half ? i - half : 0); j <= std::min(n - 1, i + half); ++j)
-        {
-          if (radii[j] > 0.0)
-          {
-            window.push_back(radii[j]);
-          }
-        }
-        if (window.empty())
-        {
-          continue;
-        }
-        std::nth_element(window.begin(), window.begin() + window.size() / 2, window.end());
-        VesselPoint p = vessel->getPoint(i);
-        p.diameter = static_cast<float>(2.0 * window[window.size() / 2]);
-        vessel->setPoint(i, p);
+        window.push_back(radii[j]);
       }
     }
+    if (window.empty())
+    {
+      continue;
+    }
+    std::nth_element(window.begin(), window.begin() + window.size() / 2, window.end());
+    VesselPoint p = vessel->getPoint(i);
+    p.diameter = static_cast<float>(2.0 * window[window.size() / 2]);
+    vessel->setPoint(i, p);
   }
-  VesselTreeData * output = this->GetOutput();
-  output->SetVesselTreeData(tree, 0);
 }
 
 void

@@ -2,8 +2,7 @@
 #define lumoVesselRadiusRefinementFilter_h
 
 #include <itkObjectFactory.h>
-#include "lumoImage.h"
-#include "lumoVesselTreeToVesselTreeFilter.h"
+#include "lumoMaskedVesselTreeFilter.h"
 
 namespace lumo
 {
@@ -20,18 +19,18 @@ namespace lumo
  *
  *  Input 0 is the tree (in the mask's world coordinates), the mask is set with SetMask (unsigned 8-bit, non-zero is
  *  vessel). The output holds a copy of the tree. */
-class VesselRadiusRefinementFilter : public VesselTreeToVesselTreeFilter
+class VesselRadiusRefinementFilter : public MaskedVesselTreeFilter
 {
 public:
   ITK_DISALLOW_COPY_AND_MOVE(VesselRadiusRefinementFilter);
 
   using Self = VesselRadiusRefinementFilter;
-  using Superclass = VesselTreeToVesselTreeFilter;
+  using Superclass = MaskedVesselTreeFilter;
   using Pointer = itk::SmartPointer<Self>;
   using ConstPointer = itk::SmartPointer<const Self>;
 
   itkNewMacro(Self);
-  itkTypeMacro(VesselRadiusRefinementFilter, VesselTreeToVesselTreeFilter);
+  itkTypeMacro(VesselRadiusRefinementFilter, MaskedVesselTreeFilter);
 
   /** Half the thickness of the counting slab, in voxels of the largest spacing; default 2, above 0. */
   itkSetMacro(SlabHalfThickness, double);
@@ -40,18 +39,14 @@ public:
   itkSetMacro(MedianWindow, unsigned int);
   itkGetConstMacro(MedianWindow, unsigned int);
 
-  /** The vessel mask (input 1). */
-  void
-  SetMask(const Image * mask);
-  const Image *
-  GetMask();
-
 protected:
   VesselRadiusRefinementFilter();
   ~VesselRadiusRefinementFilter() override;
 
   void
-  GenerateData() override;
+  RefineVessel(const ArVesselTree & tree, ar<Vessel> & vessel, const MaskCrossSection & sections) override;
+  const char *
+  GetNameOfWhatIsRefined() const override;
   void
   PrintSelf(std::ostream & os, itk::Indent indent) const override;
 
